@@ -1,0 +1,15 @@
+/// @file
+/// Temperature sensors.
+#pragma once
+
+#include "GloTypes.h"
+
+extern "C" {
+
+/// Reads a sensor.
+/// @param device      (board id << 16) | sensor index
+/// @param thousandths out: thousandths of a degree Celsius
+/// @return 0, else an error code
+int ddal_temp_get_curr(u32 device, int* thousandths);
+
+}  // extern "C"

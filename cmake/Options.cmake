@@ -1,0 +1,34 @@
+# How everything is compiled: the language, the warnings, the sanitizers of the chosen preset.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Sanitizers of the whole build, as -fsanitize= takes them; empty for none.
+set(CLM_SANITIZE "" CACHE STRING "sanitizers, e.g. address,undefined")
+# Line and branch counters for ./dev coverage.
+option(CLM_COVERAGE "instrument for coverage" OFF)
+# Programs that need a host library beyond the C++ runtime for the target (tests need GoogleTest in any case).
+option(CLM_BENCH "build the benchmarks" ON)
+
+add_compile_options(
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wformat=2 -Wformat-nonliteral
+  -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+
+if(CLM_SANITIZE)
+  add_compile_options(-fsanitize=${CLM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${CLM_SANITIZE})
+endif()
+if(CLM_COVERAGE)
+  add_compile_options(--coverage -fprofile-abs-path -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
+find_package(Threads REQUIRED)
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()

@@ -1,0 +1,28 @@
+# GoogleTest and the one way to add a test program: every test becomes a ctest entry of its own, run in its own process.
+enable_testing()
+include(GoogleTest)
+
+if(CMAKE_CROSSCOMPILING)
+  # The target has no packaged GoogleTest; Debian ships its sources (package googletest).
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+  foreach(target gtest gtest_main gmock gmock_main)
+    target_compile_options(${target} PRIVATE -w)
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default)
+  endforeach()
+  add_library(GTest::gtest ALIAS gtest)
+  add_library(GTest::gtest_main ALIAS gtest_main)
+  add_library(GTest::gmock ALIAS gmock)
+else()
+  find_package(GTest REQUIRED)
+endif()
+
+# clm_add_test(NAME sources... LIBRARIES libraries... [PREFIX prefix] [LABELS labels...])
+function(clm_add_test name)
+  cmake_parse_arguments(ARG "" "PREFIX" "LIBRARIES;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main Threads::Threads)
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  gtest_discover_tests(${name} TEST_PREFIX "${ARG_PREFIX}" DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 120 LABELS "${ARG_LABELS}")
+endfunction()
