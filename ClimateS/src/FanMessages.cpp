@@ -1,0 +1,48 @@
+#include "FanMessages.h"
+
+#include "ClimateService.h"
+#include "Log.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace ps::hwapi::common::climate {
+
+void FanRequest::Swap32(std::size_t offset) { m_payload.Put(offset, AaSysComEnd32Swap(m_payload.Get<u32>(offset))); }
+
+void FanRequest::SwapBytes() {
+  Swap32(0);
+  const std::size_t task = m_layout.receiver + offsetof(SMessageAddress, task);
+  m_payload.Put(task, AaSysComEnd16Swap(m_payload.Get<u16>(task)));
+  if (m_layout.timePeriod != 0) Swap32(m_layout.timePeriod);
+  Swap32(m_layout.numOfItems);
+
+  const std::size_t whole =
+      m_payload.Size() > m_layout.items ? (m_payload.Size() - m_layout.items) / kFanRequestItemSize : 0;
+  const u32 items = static_cast<u32>(std::min<std::size_t>(NumOfItems(), whole));
+  for (u32 i = 0; i < items; ++i) {
+    Swap32(ItemOffset(i));
+    Swap32(ItemOffset(i) + sizeof(EFanUnit));
+  }
+}
+
+u32 FanRequest::CheckedNumOfItems(bool* failed) const {
+  const u32 items = NumOfItems();
+  const std::uint64_t expected = m_layout.items + std::uint64_t{std::max(items, 1u)} * kFanRequestItemSize;
+  if (items != 0 && m_payload.Size() == expected) return items;
+  CLM_LOG(Error, "Message payload size seems wrong in %s (size %d != calculated size %d)", m_layout.name,
+          static_cast<int>(m_payload.Size()), static_cast<int>(expected));
+  *failed = true;
+  return 1;
+}
+
+void FanResponse::SetOutcome(EStatus status, const char* text) {
+  constexpr std::size_t kResponse = offsetof(SApiSetFanSpeedResp, response);
+  m_payload.Put(kResponse + offsetof(SHwapiOpResp, status), status);
+  if (text == nullptr) return;
+  SHwapiOpResp response{};
+  ClimateService::ClearAndFillInfotext(response.info, text);
+  m_payload.Put(kResponse + offsetof(SHwapiOpResp, info), response.info);
+}
+
+}  // namespace ps::hwapi::common::climate

@@ -1,0 +1,31 @@
+/// @file
+/// The board that is measured: a Kela whose sensors are hwmon attributes in a folder of its own.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// A board's files in a fresh folder, removed with this object. This process's own platform libraries use it, too.
+class BenchBoard {
+ public:
+  BenchBoard();
+  BenchBoard(const BenchBoard&) = delete;
+  BenchBoard& operator=(const BenchBoard&) = delete;
+  ~BenchBoard();
+
+  /// What a program of this board needs in its environment.
+  const std::map<std::string, std::string>& Environment() const { return m_environment; }
+  /// Paths of the sensors' attributes.
+  const std::vector<std::string>& SensorFiles() const { return m_sensorFiles; }
+
+ private:
+  std::filesystem::path m_folder;
+  std::map<std::string, std::string> m_environment;
+  std::vector<std::string> m_sensorFiles;
+};
+
+}  // namespace bench
