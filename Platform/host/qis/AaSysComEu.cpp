@@ -1,0 +1,89 @@
+// Execution units and the tasks registered for them.
+#include "AaSysCom.h"
+
+#include "Export.h"
+#include "PlatformThread.h"
+#include "Tasks.h"
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace {
+
+using hwapi::qis::Tasks;
+
+thread_local TAaProEuId t_eu = 0;
+
+/// What a new thread needs.
+struct Start {
+  TAaProEuId eu;
+  std::string name;
+  void* (*entry)(void*);
+  void* argument;                  ///< what the entry gets
+  std::unique_ptr<char[]> copied;  ///< keeps a copied argument
+};
+
+/// Gives back what the execution unit holds, however its thread ends.
+class EuGuard {
+ public:
+  explicit EuGuard(TAaProEuId eu) : m_eu(eu) {}
+  EuGuard(const EuGuard&) = delete;
+  EuGuard& operator=(const EuGuard&) = delete;
+  ~EuGuard() { Tasks::Own().RemoveEu(m_eu); }
+
+ private:
+  TAaProEuId m_eu;
+};
+
+void* RunEu(void* argument) {
+  const std::unique_ptr<Start> start(static_cast<Start*>(argument));
+  t_eu = start->eu;
+  hwapi::qis::NameThread(start->name.c_str());
+  const EuGuard guard(start->eu);
+  return start->entry(start->argument);
+}
+
+}  // namespace
+
+QIS_EXPORT i32 AaSysComEuCreateAndStart(TAaProEuId* eu, const char* name, void* (*entry)(void*), u32 stackSize, u32,
+                                        const void* argument, u32 argumentSize) {
+  if (eu == nullptr || entry == nullptr || (argument == nullptr && argumentSize != 0)) {
+    return EINVAL;
+  }
+  auto start = std::make_unique<Start>();
+  *start = {.eu = Tasks::Own().AddEu(),
+            .name = name != nullptr ? name : "",
+            .entry = entry,
+            .argument = const_cast<void*>(argument),
+            .copied = nullptr};
+  if (argumentSize != 0) {
+    start->copied = std::make_unique<char[]>(argumentSize);
+    std::memcpy(start->copied.get(), argument, argumentSize);
+    start->argument = start->copied.get();
+  }
+  const TAaProEuId number = start->eu;
+  *eu = number;  // before the thread runs: it may read it there
+  const int error = hwapi::qis::StartThread(stackSize, &RunEu, start.get());
+  if (error != 0) {
+    Tasks::Own().RemoveEu(number);
+    return error;
+  }
+  static_cast<void>(start.release());  // the thread frees it
+  return 0;
+}
+
+QIS_EXPORT TAaProEuId AaProEuCurrent(void) {
+  if (t_eu == 0) {
+    t_eu = Tasks::Own().AddEu();
+  }
+  return t_eu;
+}
+
+QIS_EXPORT u32 AaSysComUserRegister(u32 task, TAaProEuId eu) { return Tasks::Own().Register(task, eu); }
+
+QIS_EXPORT i32 AaSysComUserDeregister(u32 task) {
+  Tasks::Own().Deregister(task);
+  return 0;
+}

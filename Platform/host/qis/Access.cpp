@@ -1,0 +1,83 @@
+#include "Access.h"
+
+#include "AaSysLog.h"
+#include "ComLog.h"
+
+#include <grp.h>
+#include <pwd.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+namespace hwapi::qis {
+namespace {
+
+constexpr std::string_view kGroupPrefix = "group:";
+constexpr std::size_t kLookupBuffer = 16 * 1024;
+
+std::optional<uid_t> UserId(const std::string& name) {
+  std::vector<char> buffer(kLookupBuffer);
+  passwd entry{};
+  passwd* found = nullptr;
+  ::getpwnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
+  return found != nullptr ? std::optional(found->pw_uid) : std::nullopt;
+}
+
+std::optional<gid_t> GroupId(const std::string& name) {
+  std::vector<char> buffer(kLookupBuffer);
+  group entry{};
+  group* found = nullptr;
+  ::getgrnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
+  return found != nullptr ? std::optional(found->gr_gid) : std::nullopt;
+}
+
+template <typename Id>
+void Add(std::vector<Id>& ids, std::optional<Id> id, const std::string& name) {
+  if (id) {
+    ids.push_back(*id);
+    return;
+  }
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Warning, kPlatformFeature,
+                 "access.send of the board description names \"%s\", which this host does not know: it allows nobody",
+                 name.c_str());
+}
+
+}  // namespace
+
+AccessRules AccessRules::FromNames(const std::vector<std::string>& names) {
+  AccessRules rules;
+  for (const std::string& name : names) {
+    if (name.starts_with(kGroupPrefix)) {
+      Add(rules.groups, GroupId(name.substr(kGroupPrefix.size())), name);
+    } else {
+      Add(rules.users, UserId(name), name);
+    }
+  }
+  return rules;
+}
+
+bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser) {
+  const auto allowed = [&](gid_t group) { return std::ranges::find(rules.groups, group) != rules.groups.end(); };
+  return peer.uid == 0 || peer.uid == ownUser || std::ranges::find(rules.users, peer.uid) != rules.users.end() ||
+         std::ranges::any_of(peer.groups, allowed);
+}
+
+Peer PeerOf(int socket) {
+  constexpr uid_t kOverflowUser = 65534;
+  ucred credentials{.pid = 0, .uid = kOverflowUser, .gid = kOverflowUser};
+  socklen_t size = sizeof credentials;
+  ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size);
+  Peer peer{.pid = credentials.pid, .uid = credentials.uid, .groups = {}};
+  size = 0;
+  ::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, nullptr, &size);  // tells the size it needs
+  peer.groups.resize(size / sizeof(gid_t));
+  if (size != 0 && ::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, peer.groups.data(), &size) != 0) {
+    peer.groups.clear();
+  }
+  peer.groups.push_back(credentials.gid);
+  return peer;
+}
+
+}  // namespace hwapi::qis

@@ -1,0 +1,35 @@
+/// @file
+/// Who may send messages to this process.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace hwapi::qis {
+
+/// What the kernel says about the process at the other end of a connection.
+struct Peer {
+  pid_t pid = 0;
+  uid_t uid = 0;
+  std::vector<gid_t> groups;  ///< first and supplementary ones
+};
+
+/// Users and groups that may send, beside root and the receiver's own user.
+struct AccessRules {
+  std::vector<uid_t> users;
+  std::vector<gid_t> groups;
+
+  /// Looks up the names of a board description ("NAME", "group:NAME"). A name that this host does not know is told at
+  /// Warning and allows nobody.
+  static AccessRules FromNames(const std::vector<std::string>& names);
+};
+
+/// @param ownUser the receiver's effective user
+bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser);
+
+/// @return who is at the other end of a connected socket; nobody (the overflow user) when the kernel does not tell
+Peer PeerOf(int socket);
+
+}  // namespace hwapi::qis

@@ -1,0 +1,43 @@
+/// @file
+/// The board's clock, shared by every process of the board through the file "clock" in the run directory.
+///
+/// Without a speed and a start in the board description it is the host's clock plus an offset. Otherwise it starts with
+/// the first process (at the described time, or now) and runs at the described speed until the host boots anew or the
+/// description changes. The offset is what AaUtcTimeSet moves.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace hwapi::qis {
+
+/// A calendar-free time: microseconds since 1970 UTC.
+using UtcUs = std::int64_t;
+
+class Clock {
+ public:
+  static Clock& Own();
+  /// @return whether the calling thread is just making the clock: what it logs then has no time
+  static bool IsBeingMade();
+
+  UtcUs Now() const;
+  void Set(UtcUs now);
+
+  /// Board microseconds a real microsecond.
+  unsigned Speed() const { return m_speed; }
+  /// @return how many real nanoseconds a board time of @p boardUs takes; at least 1 unless that is 0
+  std::int64_t RealNsOf(std::uint64_t boardUs) const;
+
+ private:
+  struct Shared;
+
+  Clock();
+  Shared* Map() const;
+  UtcUs WithoutOffset() const;
+
+  unsigned m_speed;
+  bool m_isHostClock;
+  Shared* m_shared;
+};
+
+}  // namespace hwapi::qis

@@ -1,0 +1,43 @@
+#include "PlatformThread.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <string>
+
+namespace hwapi::qis {
+
+int StartThread(std::size_t stackSize, void* (*entry)(void*), void* argument) {
+  pthread_attr_t attributes;
+  if (const int error = pthread_attr_init(&attributes); error != 0) {
+    return error;
+  }
+  const std::size_t page = 4096;
+  const std::size_t rounded = (std::max(stackSize, kMinimumStack) + page - 1) / page * page;
+  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+  int error = pthread_attr_setstacksize(&attributes, rounded);
+  if (error == 0) {
+    pthread_t thread;
+    error = pthread_create(&thread, &attributes, entry, argument);
+  }
+  pthread_attr_destroy(&attributes);
+  return error;
+}
+
+int StartPlatformThread(void* (*entry)(void*), void* argument) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  const int error = StartThread(0, entry, argument);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return error;
+}
+
+void NameThread(const char* name) {
+  constexpr std::size_t kLongestName = 15;
+  pthread_setname_np(pthread_self(), std::string(name).substr(0, kLongestName).c_str());
+}
+
+}  // namespace hwapi::qis

@@ -1,0 +1,74 @@
+#include "TagReader.h"
+
+#include "LockedFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace hwapi::qis {
+
+TagReader::TagReader(std::string name) : m_name(std::move(name)) {
+  if (!Open()) {
+    return;
+  }
+  const TagState state = ReadTagState(m_file.Get());
+  m_newest = state.newest != 0 ? ReadTagRecord(m_file.Get(), state.newest) : std::nullopt;
+  if (m_newest) {
+    m_offset = state.newest + m_newest->LogSize();
+    m_nextSequence = m_newest->sequence + 1;
+  }
+}
+
+/// Opens the present log. It is held before its name is checked: from then on it is not lost. Also the log of a tag
+/// that was never set is there to be held, else the first values could be gone before they are looked for.
+bool TagReader::Open() {
+  for (;;) {
+    Fd file(::openat(TagFolder().Get(), m_name.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, TagFolder().FileMode()));
+    if (!file) {
+      return false;
+    }
+    ::fchmod(file.Get(), TagFolder().FileMode());  // the umask has no say; of another user's file it is right already
+    HoldTagLog(file.Get());
+    if (HasName(TagFolder().Get(), m_name.c_str(), file.Get())) {
+      m_file = std::move(file);
+      m_offset = TagState{}.end;
+      return true;
+    }
+  }
+}
+
+/// @return whether there is more to read
+bool TagReader::FollowReplacement() {
+  if (HasName(TagFolder().Get(), m_name.c_str(), m_file.Get())) {
+    return false;
+  }
+  // Nobody appends any more to a log that was replaced, but somebody may have done so just before.
+  return m_offset < ReadTagState(m_file.Get()).end || Open();
+}
+
+std::optional<std::string> TagReader::Next() {
+  if (!m_file && !Open()) {
+    return std::nullopt;
+  }
+  for (;;) {
+    const TagState state = ReadTagState(m_file.Get());
+    if (m_offset >= state.end) {
+      if (!FollowReplacement()) {
+        return std::nullopt;
+      }
+      continue;
+    }
+    std::optional<TagRecord> record = ReadTagRecord(m_file.Get(), m_offset);
+    if (!record) {
+      m_offset = state.end;  // not ours: whoever wrote it is no platform process
+      continue;
+    }
+    m_offset += record->LogSize();
+    if (record->sequence >= m_nextSequence) {
+      m_nextSequence = record->sequence + 1;
+      return std::move(record->value);
+    }
+  }
+}
+
+}  // namespace hwapi::qis

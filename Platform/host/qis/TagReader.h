@@ -1,0 +1,33 @@
+/// @file
+/// Reading every value of a tag in order.
+#pragma once
+
+#include "TagFile.h"
+
+#include <optional>
+#include <string>
+
+namespace hwapi::qis {
+
+/// A place in a tag's log. It begins behind the newest value; the tag may also be set for the first time later.
+class TagReader {
+ public:
+  explicit TagReader(std::string name);
+
+  /// The value that was the newest when this reader began.
+  const std::optional<TagRecord>& Newest() const { return m_newest; }
+  /// @return the next value; none when all were read
+  std::optional<std::string> Next();
+
+ private:
+  bool Open();
+  bool FollowReplacement();
+
+  std::string m_name;
+  Fd m_file;
+  u32 m_offset = 0;
+  u32 m_nextSequence = 1;
+  std::optional<TagRecord> m_newest;
+};
+
+}  // namespace hwapi::qis

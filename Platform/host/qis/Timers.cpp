@@ -1,0 +1,104 @@
+#include "Timers.h"
+
+#include "Clock.h"
+#include "PlatformThread.h"
+
+namespace hwapi::qis {
+
+std::int64_t NextExpiry(std::int64_t dueUs, std::int64_t periodUs, std::int64_t nowUs) {
+  return dueUs + ((nowUs - dueUs) / periodUs + 1) * periodUs;
+}
+
+Timers& Timers::Own() {
+  static auto* const timers = new Timers;  // the thread outlives the end of main
+  return *timers;
+}
+
+Timers::Timers() : m_origin(std::chrono::steady_clock::now()) {}
+
+// Quotient and remainder are scaled apart: the product of a whole time and the speed could overflow.
+
+std::int64_t Timers::NowUs() const {
+  const std::int64_t ns = std::chrono::nanoseconds(std::chrono::steady_clock::now() - m_origin).count();
+  const std::int64_t speed = Clock::Own().Speed();
+  return ns / 1000 * speed + ns % 1000 * speed / 1000;
+}
+
+std::chrono::steady_clock::time_point Timers::RealTime(std::int64_t boardUs) const {
+  const std::int64_t speed = Clock::Own().Speed();
+  const std::int64_t restNs = (boardUs % speed * 1000 + speed - 1) / speed;  // never before the board's time
+  return m_origin + std::chrono::nanoseconds(boardUs / speed * 1000 + restNs);
+}
+
+TAaSysTimerId Timers::NewId() {
+  do {
+    ++m_lastId;
+  } while (m_lastId == 0 || m_timers.contains(m_lastId));
+  return m_lastId;
+}
+
+i32 Timers::Start(TAaSysTimerId* id, u32 firstUs, u32 periodUs, Message* message) {
+  const std::lock_guard lock(m_mutex);
+  if (!m_running) {
+    if (const int error = StartPlatformThread(&Run, this); error != 0) {
+      return error;
+    }
+    m_running = true;
+  }
+  const std::int64_t dueUs = NowUs() + std::int64_t{firstUs};
+  const TAaSysTimerId number = NewId();
+  m_timers.emplace(number, Timer{dueUs, std::int64_t{periodUs}, MessagePtr(message)});
+  const bool isFirst = m_order.emplace(dueUs, number).first == m_order.begin();
+  *id = number;
+  if (isFirst) {
+    m_changed.notify_one();
+  }
+  return 0;
+}
+
+void Timers::Delete(TAaSysTimerId id) {
+  const std::lock_guard lock(m_mutex);
+  if (const auto found = m_timers.find(id); found != m_timers.end()) {
+    m_order.erase({found->second.dueUs, id});
+    m_timers.erase(found);
+  }
+}
+
+void* Timers::Run(void* timers) {
+  NameThread("timer");
+  static_cast<Timers*>(timers)->Serve();
+  return nullptr;
+}
+
+void Timers::Serve() {
+  std::unique_lock lock(m_mutex);
+  for (;;) {
+    if (m_order.empty()) {
+      m_changed.wait(lock);
+      continue;
+    }
+    const auto [dueUs, id] = *m_order.begin();
+    const std::int64_t nowUs = NowUs();
+    if (nowUs < dueUs) {
+      m_changed.wait_until(lock, RealTime(dueUs));
+    } else {
+      Expire(id, nowUs);
+    }
+  }
+}
+
+/// Sends with the lock held, so that nothing is sent once a delete has returned; a send never blocks.
+void Timers::Expire(TAaSysTimerId id, std::int64_t nowUs) {
+  const auto found = m_timers.find(id);
+  Timer& timer = found->second;
+  m_order.erase(m_order.begin());
+  Deliver(*timer.message);
+  if (timer.periodUs == 0) {
+    m_timers.erase(found);
+    return;
+  }
+  timer.dueUs = NextExpiry(timer.dueUs, timer.periodUs, nowUs);
+  m_order.emplace(timer.dueUs, id);
+}
+
+}  // namespace hwapi::qis
