@@ -1,0 +1,66 @@
+#include "ddal_error.h"
+
+#include "Export.h"
+#include "SimHardware.h"
+#include "TemperatureSensors.h"
+
+#include <cstdio>
+#include <string>
+
+using namespace hwapi;
+
+namespace {
+
+struct ErrorText {
+  int code;
+  const char* text;
+};
+
+constexpr ErrorText kErrorTexts[] = {
+    {.code = DDAL_OK, .text = "No error"},
+    {.code = DDAL_ERR_NO_DEVICE, .text = "The board has no such device"},
+    {.code = DDAL_ERR_IO, .text = "The device did not answer"},
+    {.code = DDAL_ERR_INVALID, .text = "An argument is out of range"},
+    {.code = DDAL_ERR_NOT_SUPPORTED, .text = "The device has no such function"},
+    {.code = DDAL_ERR_NOT_RUNNING, .text = "Nobody simulates the simulated hardware"},
+    {.code = DDAL_ERR_CONFIG, .text = "The board description does not fit"},
+    {.code = DDAL_ERR_NOT_PLAUSIBLE, .text = "The readings are not plausible"},
+    {.code = DDAL_ERR_RF_ASIC_OFF, .text = "The RF ASIC is not enabled"},
+};
+
+void AddProblem(std::string& problems, const board::Temperature& sensor, const std::string& what) {
+  char place[64];
+  std::snprintf(place, sizeof place, ":%u: temperature 0x%X: ", sensor.line, sensor.device);
+  if (!problems.empty()) problems += '\n';
+  problems += board::OwnBoard().path + place + what;
+}
+
+/// @return what keeps the sensor from being read; "" for an optional one
+std::string CheckSensor(const ddal::TemperatureSensor& sensor) {
+  if (sensor.description->optional) return {};
+  if (sensor.hwmon != nullptr) return sensor.hwmon->Check();
+  return sensor.registers != nullptr ? std::string() : ddal::SimHardware::Own().Problem();
+}
+
+}  // namespace
+
+GARDDAL_API int ddal_init(char* problem, u32 size) {
+  std::string problems;
+  for (const ddal::TemperatureSensor& sensor : ddal::TemperatureSensors()) {
+    const std::string what = CheckSensor(sensor);
+    if (!what.empty()) AddProblem(problems, *sensor.description, what);
+  }
+  if (problem != nullptr && size != 0) std::snprintf(problem, size, "%s", problems.c_str());
+  return problems.empty() ? DDAL_OK : DDAL_ERR_CONFIG;
+}
+
+GARDDAL_API char* ddal_strerror(int code, char* buffer, u32 size) {
+  if (buffer == nullptr || size == 0) return buffer;
+  for (const ErrorText& known : kErrorTexts) {
+    if (known.code != code) continue;
+    std::snprintf(buffer, size, "%s", known.text);
+    return buffer;
+  }
+  std::snprintf(buffer, size, "Unknown driver error %d", code);
+  return buffer;
+}
