@@ -2,6 +2,9 @@
 enable_testing()
 include(GoogleTest)
 
+# What tells the tests of one preset from those of another when several run together.
+set(CLM_TEST_SUFFIX "" CACHE STRING "end of every test's name, e.g. [tsan]")
+
 if(CMAKE_CROSSCOMPILING)
   # The target has no packaged GoogleTest; Debian ships its sources (package googletest).
   set(INSTALL_GTEST OFF)
@@ -10,9 +13,6 @@ if(CMAKE_CROSSCOMPILING)
     target_compile_options(${target} PRIVATE -w)
     set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default)
   endforeach()
-  add_library(GTest::gtest ALIAS gtest)
-  add_library(GTest::gtest_main ALIAS gtest_main)
-  add_library(GTest::gmock ALIAS gmock)
 else()
   find_package(GTest REQUIRED)
 endif()
@@ -23,6 +23,6 @@ function(clm_add_test name)
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main Threads::Threads)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-  gtest_discover_tests(${name} TEST_PREFIX "${ARG_PREFIX}" DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 120 LABELS "${ARG_LABELS}")
+  gtest_discover_tests(${name} TEST_PREFIX "${ARG_PREFIX}" TEST_SUFFIX "${CLM_TEST_SUFFIX}" DISCOVERY_TIMEOUT 60
+    NO_PRETTY_VALUES PROPERTIES TIMEOUT 120 LABELS "${ARG_LABELS}")
 endfunction()

@@ -1,0 +1,120 @@
+// What the supervisor is told.
+#include "ServiceProcess.h"
+#include "TestBoard.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+
+namespace {
+
+/// A supervisor that listens.
+class Supervisor {
+ public:
+  /// @param name a path, or "@" and an abstract name
+  explicit Supervisor(const std::string& name) : m_socket(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    name.copy(address.sun_path, sizeof address.sun_path - 1);
+    if (name[0] == '@') address.sun_path[0] = '\0';
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
+    EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    setenv("NOTIFY_SOCKET", name.c_str(), 1);
+  }
+  Supervisor(const Supervisor&) = delete;
+  Supervisor& operator=(const Supervisor&) = delete;
+  ~Supervisor() { close(m_socket); }
+
+  /// @return the next notice
+  std::string Notice() const { return Receive(0); }
+  /// @return whether a notice is there already
+  bool Told() const { return !Receive(MSG_DONTWAIT | MSG_PEEK).empty(); }
+
+ private:
+  std::string Receive(int flags) const {
+    char text[256];
+    const ssize_t size = recv(m_socket, text, sizeof text, flags);
+    return size > 0 ? std::string(text, static_cast<std::size_t>(size)) : std::string();
+  }
+
+  const int m_socket;
+};
+
+class SupervisorTest : public testing::Test {
+ protected:
+  SupervisorTest() { m_board.Describe(""); }
+  std::string Path() const { return m_board.Folder() / "notify"; }
+
+  TestBoard m_board;
+};
+
+TEST_F(SupervisorTest, IsToldWhenTheServiceIsUpAndWhenItEnds) {
+  const Supervisor supervisor(Path());
+  ServiceProcess service({});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+  service.Signal(SIGTERM);
+  EXPECT_EQ(supervisor.Notice(), "STOPPING=1");
+  service.End();
+  EXPECT_FALSE(supervisor.Told());
+}
+
+TEST_F(SupervisorTest, IsNotToldBeforeInitIsDone) {
+  const Supervisor supervisor(Path());
+  ServiceProcess service({.init = [](Probe&) {
+    Say("initializing");
+    WaitForTest();
+  }});
+  ASSERT_TRUE(service.Says("initializing"));
+  EXPECT_FALSE(supervisor.Told());
+  service.GoOn();
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+}
+
+TEST_F(SupervisorTest, IsFoundUnderAnAbstractName) {
+  const Supervisor supervisor("@notify-" + m_board.Folder().filename().string());
+  const ServiceProcess service({});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+}
+
+TEST_F(SupervisorTest, GetsSignsOfLifeWhenItExpectsThem) {
+  setenv("WATCHDOG_USEC", "20000", 1);
+  const Supervisor supervisor(Path());
+  const ServiceProcess service({});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+  EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");
+  EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");
+}
+
+TEST_F(SupervisorTest, GetsNoSignsOfLifeThatAnotherProcessOwes) {
+  setenv("WATCHDOG_USEC", "2000", 1);
+  setenv("WATCHDOG_PID", "1", 1);
+  const Supervisor supervisor(Path());
+  ServiceProcess service({});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+  service.Signal(SIGTERM);
+  EXPECT_EQ(supervisor.Notice(), "STOPPING=1");
+}
+
+TEST_F(SupervisorTest, MayBeMissing) {
+  setenv("NOTIFY_SOCKET", Path().c_str(), 1);
+  ServiceProcess service({});
+  EXPECT_TRUE(service.Says("run"));
+  service.Signal(SIGTERM);
+  EXPECT_EQ(service.End(), 0);
+  EXPECT_NE(service.Errors().find("The supervisor at " + Path() + " is not reached"), std::string::npos);
+}
+
+TEST_F(SupervisorTest, IsNotLookedForUnderANameThatIsNone) {
+  setenv("NOTIFY_SOCKET", "relative", 1);
+  ServiceProcess service({});
+  EXPECT_TRUE(service.Says("run"));
+  service.Signal(SIGTERM);
+  EXPECT_EQ(service.End(), 0);
+  EXPECT_NE(service.Errors().find("neither a path nor a @name"), std::string::npos);
+}
+
+}  // namespace
