@@ -1,0 +1,14 @@
+set(CLIMATE_TESTS_B
+  FanPollingStartTest.cpp
+  FanPwmFrequencyTest.cpp
+  FanSpeedByteOrderTest.cpp
+  FanSpeedIndicationTest.cpp
+  FanSpeedRequestTest.cpp
+  FanTablesTest.cpp
+  KelDaxAdetHandlerTest.cpp
+  KelDaxSensorGroupTest.cpp
+  SensorGroupTest.cpp
+  SensorGroupsOfBoardTest.cpp
+  SensorTablesTest.cpp
+  TemperatureIndicationTest.cpp
+  TemperatureRequestTest.cpp)
