@@ -1,0 +1,101 @@
+/// @file
+/// boardsim temp, tag, clock: each changes one thing on a running board.
+#include "AaConfig.h"
+#include "BoardDescription.h"
+#include "Commands.h"
+#include "ControlClient.h"
+#include "SimError.h"
+#include "Values.h"
+#include "ddal_error.h"
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <variant>
+
+namespace boardsim {
+namespace {
+
+struct ControlArguments {
+  std::string target;
+  std::string value;
+};
+
+/// The platform of this process is that of the running board from here on.
+void JoinBoard(const Settings& settings) {
+  const StateDirectory state = settings.State();
+  if (!std::filesystem::exists(state.Description())) {
+    throw SimError(ExitCode::Unreachable,
+                   "no board is up in " + state.Root() +
+                       "; bring one up with `boardsim up FILE`, or name its folder with --state");
+  }
+  state.SetEnvironment();
+}
+
+std::string SimulatedDevices() {
+  std::string text;
+  for (const hwapi::board::Temperature& sensor : hwapi::board::OwnBoard().temperatures) {
+    if (!std::holds_alternative<hwapi::board::SimTemperature>(sensor.source)) continue;
+    char device[16];
+    std::snprintf(device, sizeof device, " 0x%x", sensor.device);
+    text += device;
+  }
+  return text.empty() ? " none" : text;
+}
+
+void RunTemp(const ControlArguments& arguments, const Settings& settings) {
+  const TempReq request = ParseTemp(arguments.target, arguments.value);
+  JoinBoard(settings);
+  const i32 error = RequestTemp(request);
+  if (error == 0) return;
+  if (error == DDAL_ERR_NO_DEVICE) {
+    throw SimError(ExitCode::Refused,
+                   arguments.target + " is no simulated sensor of this board; there are" + SimulatedDevices());
+  }
+  char text[80];
+  throw SimError(ExitCode::Refused, std::string("the hardware refuses: ") + ddal_strerror(error, text, sizeof text));
+}
+
+void RunTag(const ControlArguments& arguments, const Settings& settings) {
+  const std::string bytes = ParseTagValue(arguments.value);
+  JoinBoard(settings);
+  const i32 error = AaConfigTagPublicSet(arguments.target.c_str(), bytes.data(), static_cast<u32>(bytes.size()));
+  if (error == 0) return;
+  throw SimError(ExitCode::Refused, "cannot set the tag " + arguments.target + ": " + std::strerror(error));
+}
+
+void RunClock(const ControlArguments& arguments, const Settings& settings) {
+  JoinBoard(settings);
+  SAaTime now{};
+  AaUtcTimeGet(&now);
+  const SAaTime wanted = ParseClock(arguments.value, now);
+  if (const i32 error = AaUtcTimeSet(&wanted); error != 0) {
+    throw SimError(ExitCode::Usage, "'" + arguments.value + "' is no calendar time: " + std::strerror(error));
+  }
+  std::printf("clock %04u-%02u-%02uT%02u:%02u:%02uZ\n", wanted.year, wanted.month, wanted.day, wanted.hour,
+              wanted.minute, wanted.second);
+}
+
+}  // namespace
+
+void AddControlCommands(CLI::App& app, Settings& settings) {
+  const auto arguments = std::make_shared<ControlArguments>();
+  const auto add = [&](const char* name, const char* text, auto run) {
+    CLI::App* command = app.add_subcommand(name, text);
+    command->callback(
+        [&settings, arguments, run] { settings.run = [&settings, arguments, run] { run(*arguments, settings); }; });
+    return command;
+  };
+  CLI::App* temp = add("temp", "Let a simulated sensor show a value, fail, or follow the physics again", RunTemp);
+  temp->add_option("DEVICE", arguments->target, "Device id, e.g. 0x10000")->required();
+  temp->add_option("VALUE", arguments->value, "Degrees Celsius, fail=CODE, or auto")->required();
+  CLI::App* tag = add("tag", "Set a public configuration tag", RunTag);
+  tag->add_option("NAME", arguments->target, "Name of the tag")->required();
+  tag->add_option("VALUE", arguments->value, "A number (4 bytes) or text; text:... is text")->required();
+  add("clock", "Set the board's clock", RunClock)
+      ->add_option("TIME", arguments->value, "+1h, -10min, or 2030-01-01T00:00:00Z")
+      ->required();
+}
+
+}  // namespace boardsim

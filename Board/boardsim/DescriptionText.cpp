@@ -1,0 +1,96 @@
+#include "DescriptionText.h"
+
+#include "SensorNames.h"
+
+#include <array>
+#include <cstdio>
+
+namespace boardsim {
+namespace {
+
+/// A fixed sensor of the unit, and what it is like where no chip stands in for it.
+struct UnitSensor {
+  u32 device;
+  double base;  ///< degrees Celsius at rest
+  double load;  ///< degrees added at full activity
+};
+
+constexpr std::array kKelaSensors = {
+    UnitSensor{.device = 0x10000, .base = 46, .load = 14}, UnitSensor{.device = 0x10001, .base = 38, .load = 8},
+    UnitSensor{.device = 0x10002, .base = 34, .load = 6},  UnitSensor{.device = 0x10003, .base = 43, .load = 11},
+    UnitSensor{.device = 0x10004, .base = 24, .load = 2},  UnitSensor{.device = 0x10005, .base = 68, .load = 1},
+    UnitSensor{.device = 0x50000, .base = 46, .load = 14}, UnitSensor{.device = 0x50001, .base = 40, .load = 9},
+};
+
+constexpr const char* kHead =
+    "# A board description for this machine, as found now. Change what does not fit.\n"
+    "\n"
+    "[unit]\n"
+    "type = \"Kel\"  # family: Kel, Pivo, Vyd, Vyg or Zun\n"
+    "version = \"Kela\"  # decides which sensors the service asks for\n"
+    "\n"
+    "[node]  # address of this processor\n"
+    "board = 1\n"
+    "cpu = 1\n"
+    "\n"
+    "[access]  # who may send messages: users, or \"group:NAME\"\n"
+    "send = [\"root\"]\n";
+
+std::string Quoted(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char character : text) {
+    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
+      char escape[16];
+      std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character));
+      quoted += escape;
+      continue;
+    }
+    if (character == '"' || character == '\\') quoted += '\\';
+    quoted += character;
+  }
+  return quoted + "\"";
+}
+
+std::string Printable(std::string text) {
+  for (char& character : text) {
+    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) character = '?';
+  }
+  return text;
+}
+
+std::string Binding(const FoundSensor& sensor) {
+  std::string text = "hwmon = { chip = " + Quoted(sensor.chip);
+  if (!sensor.at.empty()) text += ", at = " + Quoted(sensor.at);
+  return text + ", input = " + Quoted(sensor.input) + " }\n";
+}
+
+std::string SensorTable(const UnitSensor& sensor, const FoundSensor* found) {
+  char head[96];
+  std::snprintf(head, sizeof head, "\n[[temperature]]  # %s", SensorNameOf(sensor.device).c_str());
+  std::string text = head;
+  if (found != nullptr && !found->label.empty()) text += ", the chip calls it " + Printable(found->label);
+  char body[96];
+  std::snprintf(body, sizeof body, "\ndevice = 0x%x\n", sensor.device);
+  text += body;
+  if (found != nullptr) return text + Binding(*found);
+  std::snprintf(body, sizeof body, "sim = { base = %.1f, load = %.1f }\n", sensor.base, sensor.load);
+  return text + body;
+}
+
+}  // namespace
+
+std::string DescribeMachine(const std::vector<FoundSensor>& found) {
+  std::string text = kHead;
+  text += found.empty() ? "\n# The kernel offers no temperature sensor here, so all sensors are simulated.\n"
+                        : "\n# Sensors of the kernel stand in for the unit's; those that are left are simulated.\n"
+                          "# With `optional = true` the board starts without a sensor.\n";
+  for (std::size_t i = 0; i < kKelaSensors.size(); ++i) {
+    text += SensorTable(kKelaSensors[i], i < found.size() ? &found[i] : nullptr);
+  }
+  if (found.size() <= kKelaSensors.size()) return text;
+  text += "\n# Found as well:\n";
+  for (std::size_t i = kKelaSensors.size(); i < found.size(); ++i) text += "# " + Binding(found[i]);
+  return text;
+}
+
+}  // namespace boardsim

@@ -1,0 +1,72 @@
+#include "SimulatedHardware.h"
+
+#include "ddal_error.h"
+#include "ddal_sim.h"
+
+#include <variant>
+
+namespace boardsim {
+
+SimulatedHardware::SimulatedHardware(const hwapi::board::BoardDescription& board) {
+  for (const hwapi::board::Temperature& sensor : board.temperatures) {
+    const auto* sim = std::get_if<hwapi::board::SimTemperature>(&sensor.source);
+    if (sim != nullptr) m_sensors.push_back({.device = sensor.device, .model = SensorModel(*sim, sensor.device)});
+  }
+  for (const hwapi::board::Fan& fan : board.fans) {
+    const auto* sim = std::get_if<hwapi::board::SimFan>(&fan.source);
+    if (sim != nullptr) m_fans.push_back({.id = fan.id, .model = FanModel(*sim)});
+  }
+}
+
+SimulatedHardware::~SimulatedHardware() { ddal_sim_stop(); }
+
+int SimulatedHardware::Start() {
+  const int error = ddal_sim_start();
+  if (error == 0) Advance(1);
+  return error;
+}
+
+void SimulatedHardware::Advance(unsigned steps) {
+  for (unsigned i = 0; i < steps; ++i) StepOnce();
+  for (const Sensor& sensor : m_sensors) {
+    if (sensor.mode == SensorMode::Auto) ddal_sim_temp_set(sensor.device, sensor.shown);
+  }
+  for (const SimulatedFan& fan : m_fans) ddal_sim_fan_rpm_set(fan.id, fan.rpm);
+}
+
+void SimulatedHardware::StepOnce() {
+  const double activity = ActivityAt(static_cast<double>(m_steps++) * kStepSeconds);
+  for (SimulatedFan& fan : m_fans) {
+    SDdalSimFan asked{};
+    ddal_sim_fan_get(fan.id, &asked);
+    fan.rpm = fan.model.Step(kStepSeconds, asked.control);
+  }
+  const double fanLevel = FanLevel();
+  for (Sensor& sensor : m_sensors) sensor.shown = sensor.model.Step(kStepSeconds, activity, fanLevel);
+}
+
+double SimulatedHardware::FanLevel() const {
+  if (m_fans.empty()) return 0;
+  double sum = 0;
+  for (const SimulatedFan& fan : m_fans) sum += fan.model.Level();
+  return sum / static_cast<double>(m_fans.size());
+}
+
+int SimulatedHardware::SetSensor(u32 device, SensorMode mode, i32 value) {
+  for (Sensor& sensor : m_sensors) {
+    if (sensor.device != device) continue;
+    sensor.mode = mode;
+    const int failure = mode == SensorMode::Failing ? value : 0;
+    if (mode != SensorMode::Failing) ddal_sim_temp_set(device, mode == SensorMode::Pinned ? value : sensor.shown);
+    return ddal_sim_temp_fail(device, failure);
+  }
+  return DDAL_ERR_NO_DEVICE;
+}
+
+std::vector<SensorStatus> SimulatedHardware::Sensors() const {
+  std::vector<SensorStatus> status;
+  for (const Sensor& sensor : m_sensors) status.push_back({.device = sensor.device, .mode = sensor.mode});
+  return status;
+}
+
+}  // namespace boardsim

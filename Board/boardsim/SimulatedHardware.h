@@ -1,0 +1,54 @@
+/// @file
+/// The simulated sensors and fans of a board: physics in, driver registers out.
+#pragma once
+
+#include "BoardDescription.h"
+#include "ControlMessages.h"
+#include "SensorModel.h"
+
+#include <vector>
+
+namespace boardsim {
+
+/// Keeps the registers of all simulated devices up to date. Used by one thread.
+class SimulatedHardware {
+ public:
+  /// Length of a step of the physics, board time.
+  static constexpr double kStepSeconds = 0.2;
+
+  explicit SimulatedHardware(const hwapi::board::BoardDescription& board);
+  ~SimulatedHardware();
+  SimulatedHardware(const SimulatedHardware&) = delete;
+  SimulatedHardware& operator=(const SimulatedHardware&) = delete;
+
+  /// Takes the hardware into operation with first values. @return 0, else the driver's error code
+  int Start();
+  /// Advances the physics by @p steps steps and shows the result.
+  void Advance(unsigned steps);
+  /// Lets a sensor show something else. @return 0, else the driver's error code
+  int SetSensor(u32 device, SensorMode mode, i32 value);
+  /// @return all simulated sensors
+  std::vector<SensorStatus> Sensors() const;
+
+ private:
+  struct Sensor {
+    u32 device;
+    SensorModel model;
+    SensorMode mode = SensorMode::Auto;
+    int shown = 0;  ///< what the physics gave last, thousandths
+  };
+  struct SimulatedFan {
+    u32 id;
+    FanModel model;
+    int rpm = 0;
+  };
+
+  void StepOnce();
+  double FanLevel() const;
+
+  std::vector<Sensor> m_sensors;
+  std::vector<SimulatedFan> m_fans;
+  unsigned m_steps = 0;
+};
+
+}  // namespace boardsim

@@ -1,0 +1,117 @@
+#include "Simulator.h"
+
+#include "AaSysCom.h"
+#include "AaSysLog.h"
+#include "AaSysTime.h"
+#include "ControlMessages.h"
+#include "Msg.h"
+#include "ddal_error.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace boardsim {
+namespace {
+
+using ps::hwapi::common::Msg;
+using ps::hwapi::common::Service;
+
+/// Shortest time between two updates of the hardware, host milliseconds: a fast clock takes several steps at once.
+constexpr unsigned kShortestTickMs = 50;
+constexpr unsigned kStepMs = static_cast<unsigned>(SimulatedHardware::kStepSeconds * 1000);
+
+std::string DriverText(int code) {
+  char text[80];
+  return ddal_strerror(code, text, sizeof text);
+}
+
+}  // namespace
+
+Simulator::Simulator(StateDirectory state, std::string daemon)
+    : Service("boardsim", BOARDSIM_TASK, 0, 0), m_state(std::move(state)), m_daemon(std::move(daemon)) {}
+
+void Simulator::Init() {
+  static constexpr Route<Simulator> kRoutes[] = {
+      {.id = BOARDSIM_TICK_IND_MSG, .handler = &Simulator::HandleTick},
+      {.id = BOARDSIM_TEMP_REQ_MSG, .handler = &Simulator::HandleTempReq},
+      {.id = BOARDSIM_STATUS_REQ_MSG, .handler = &Simulator::HandleStatusReq},
+  };
+  AddRoutes(*this, this, kRoutes);
+  m_hardware = std::make_unique<SimulatedHardware>(hwapi::board::OwnBoard());
+  if (const int error = m_hardware->Start(); error != 0) {
+    throw InitFailedException("the simulated hardware does not start: " + DriverText(error), __FILE__, __LINE__);
+  }
+  StartTicks();
+  m_reset.GoOnline(*this);
+  m_autodet.GoOnline(*this);
+  if (!m_daemon.empty()) m_keeper = std::make_unique<DaemonKeeper>(m_state, m_daemon);
+}
+
+void Simulator::Exit() {
+  // The daemon first: it says good-bye to neighbours that are still there.
+  m_keeper.reset();
+  if (m_hardware) {
+    m_reset.GoOffline();
+    m_autodet.GoOffline();
+    m_hardware.reset();
+  }
+  Service::Exit();
+}
+
+void Simulator::StartTicks() {
+  const unsigned speed = hwapi::board::OwnBoard().clock.speed;
+  m_stepsPerTick = (kShortestTickMs * speed + kStepMs - 1) / kStepMs;
+  const u32 periodUs = m_stepsPerTick * kStepMs * 1000;
+  const TAaSysComSicad self = AaSysComSicadGet(BOARDSIM_TASK, AaSysComGetOwnNid());
+  void* msg = AaSysComMsgCreate(BOARDSIM_TICK_IND_MSG, 0, self);
+  TAaSysTimerId timer = 0;
+  if (msg == nullptr || AaSysTimermCreate(&timer, periodUs, periodUs, msg) != 0) {
+    AaSysComMsgDestroy(&msg);
+    throw InitFailedException("the timer of the simulated hardware does not start", __FILE__, __LINE__);
+  }
+}
+
+void Simulator::HandleTick(void* /*msg*/) { m_hardware->Advance(m_stepsPerTick); }
+
+void Simulator::HandleTempReq(void* msg) {
+  const Msg<TempReq, BOARDSIM_TEMP_REQ_MSG> request(msg);
+  const TempReq wanted = request.Record();
+  auto response = request.CreateReply<Msg<TempResp, BOARDSIM_TEMP_RESP_MSG>>(0);
+  if (response.payload == nullptr) return;
+  response->error = m_hardware->SetSensor(wanted.device, wanted.mode, wanted.value);
+  response.Send();
+}
+
+void Simulator::HandleStatusReq(void* msg) {
+  const std::vector<SensorStatus> sensors = m_hardware->Sensors();
+  const auto bytes = static_cast<u32>(sensors.size() * sizeof(SensorStatus));
+  void* response = AaSysComMsgCreateReply(BOARDSIM_STATUS_RESP_MSG, static_cast<u32>(sizeof(StatusResp)) + bytes, msg);
+  if (response == nullptr) return;
+  const StatusResp header{.simulatorPid = getpid(),
+                          .daemonPid = m_keeper ? m_keeper->Pid() : 0,
+                          .daemonStarts = m_keeper ? m_keeper->Starts() : 0,
+                          .sensorCount = static_cast<u32>(sensors.size())};
+  auto* payload = static_cast<u8*>(AaSysComMsgGetPayload(response));
+  std::memcpy(payload, &header, sizeof header);
+  if (bytes != 0) std::memcpy(payload + sizeof header, sensors.data(), bytes);
+  AaSysComMsgSend(&response);
+}
+
+int Simulate(const StateDirectory& state, const std::string& daemon) {
+  Simulator simulator(state, daemon);
+  char name[] = "boardsim";
+  char* arguments[] = {name, nullptr};
+  try {
+    simulator.Startup(1, arguments);
+  } catch (const Service::InitFailedException& error) {
+    std::fprintf(stderr, "boardsim: %s: %s\n", error.what(), error.getDescription().c_str());
+    simulator.Exit();
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace boardsim

@@ -1,0 +1,46 @@
+/// @file
+/// The process that plays the rest of the board: neighbouring services, hardware, and the init that keeps the daemon.
+#pragma once
+
+#include "AutodetNeighbour.h"
+#include "BoardDescription.h"
+#include "DaemonKeeper.h"
+#include "ResetNeighbour.h"
+#include "Service.h"
+#include "SimulatedHardware.h"
+#include "StateDirectory.h"
+
+#include <memory>
+#include <string>
+
+namespace boardsim {
+
+/// A service among the others: its messages are the neighbours' and those of ControlMessages.h.
+class Simulator : public ps::hwapi::common::Service {
+ public:
+  /// @param daemon program file of the daemon; empty: the board runs without one
+  Simulator(StateDirectory state, std::string daemon);
+
+  void Init() override;
+  void Exit() override;
+
+ private:
+  void StartTicks();
+  void HandleTick(void* msg);
+  void HandleTempReq(void* msg);
+  void HandleStatusReq(void* msg);
+
+  const StateDirectory m_state;
+  const std::string m_daemon;
+  unsigned m_stepsPerTick = 1;
+  std::unique_ptr<SimulatedHardware> m_hardware;
+  ResetNeighbour m_reset;
+  AutodetNeighbour m_autodet;
+  std::unique_ptr<DaemonKeeper> m_keeper;
+};
+
+/// Runs the simulator of a state folder until SIGTERM. HWAPI_RUN and HWAPI_BOARD must be set.
+/// @return exit status of the process
+int Simulate(const StateDirectory& state, const std::string& daemon);
+
+}  // namespace boardsim

@@ -1,0 +1,101 @@
+/// @file
+/// boardsim status: processes, endpoints, sensors, clock.
+#include "AaSysTime.h"
+#include "BoardDescription.h"
+#include "Commands.h"
+#include "ControlClient.h"
+#include "KnownEndpoints.h"
+#include "OnlineTag.h"
+#include "SensorNames.h"
+#include "SimError.h"
+#include "ddal_error.h"
+#include "ddal_temp.h"
+
+#include <cstdio>
+#include <string>
+#include <variant>
+
+namespace boardsim {
+namespace {
+
+const char* ModeText(const SimulatorStatus& status, const hwapi::board::Temperature& sensor) {
+  if (std::holds_alternative<hwapi::board::HwmonTemperature>(sensor.source)) return "kernel";
+  for (const SensorStatus& known : status.sensors) {
+    if (known.device != sensor.device) continue;
+    if (known.mode == SensorMode::Pinned) return "pinned";
+    return known.mode == SensorMode::Failing ? "failing" : "auto";
+  }
+  return "unknown";
+}
+
+std::string ValueText(u32 device) {
+  int thousandths = 0;
+  char text[80];
+  if (const int error = ddal_temp_get_curr(device, &thousandths); error != 0) {
+    return std::string("- ") + ddal_strerror(error, text, sizeof text);
+  }
+  std::snprintf(text, sizeof text, "%.3f C", thousandths / 1000.0);
+  return text;
+}
+
+void PrintProcesses(const StatusResp& status) {
+  std::printf("PROCESS      PID\n%-10s %5d\n", "simulator", status.simulatorPid);
+  if (status.daemonStarts == 0) {
+    std::printf("%-10s     -  none (--no-daemon)\n", "daemon");
+  } else if (status.daemonPid == 0) {
+    std::printf("%-10s     -  not running just now, started %u times\n", "daemon", status.daemonStarts);
+  } else {
+    std::printf("%-10s %5d  started %u %s\n", "daemon", status.daemonPid, status.daemonStarts,
+                status.daemonStarts == 1 ? "time" : "times");
+  }
+}
+
+void PrintSensors(const SimulatorStatus& status) {
+  std::printf("\nSENSOR                       MODE        VALUE\n");
+  for (const hwapi::board::Temperature& sensor : hwapi::board::OwnBoard().temperatures) {
+    std::printf("0x%-8x %-17s %-8s %s\n", sensor.device, SensorNameOf(sensor.device).c_str(), ModeText(status, sensor),
+                ValueText(sensor.device).c_str());
+  }
+}
+
+void PrintClock() {
+  SAaTime now{};
+  AaUtcTimeGet(&now);
+  std::printf("\nclock %04u-%02u-%02uT%02u:%02u:%02uZ, speed %u\n", now.year, now.month, now.day, now.hour, now.minute,
+              now.second, hwapi::board::OwnBoard().clock.speed);
+}
+
+void RunStatus(const Settings& settings) {
+  const StateDirectory state = settings.State();
+  if (!state.RunningPid()) {
+    throw SimError(ExitCode::Unreachable,
+                   "no board is up in " + state.Root() +
+                       "; bring one up with `boardsim up FILE`, or name its folder with --state");
+  }
+  state.SetEnvironment();
+  const SimulatorStatus status = RequestStatus();
+  PrintProcesses(status.header);
+  std::printf("\n");
+  PrintEndpoints();
+  PrintSensors(status);
+  PrintClock();
+  std::printf("export HWAPI_RUN=%s\n", state.Run().c_str());
+}
+
+}  // namespace
+
+void PrintEndpoints() {
+  std::printf("ENDPOINT     TASK   STATE\n");
+  for (const KnownEndpoint& endpoint : kKnownEndpoints) {
+    std::printf("%-12s 0x%-4x %s\n", std::string(endpoint.name).c_str(), endpoint.task,
+                OnlineTagText(endpoint.task).c_str());
+  }
+}
+
+void AddStatusCommand(CLI::App& app, Settings& settings) {
+  app.add_subcommand("status", "Show processes, endpoints, sensors and clock of a board")->callback([&settings] {
+    settings.run = [&settings] { RunStatus(settings); };
+  });
+}
+
+}  // namespace boardsim

@@ -1,0 +1,193 @@
+/// @file
+/// boardsim up: a whole board in the background (or in the foreground), and its simulator process.
+#include "BoardDescription.h"
+#include "Commands.h"
+#include "KnownEndpoints.h"
+#include "OnlineTag.h"
+#include "OnlineWatch.h"
+#include "Sandbox.h"
+#include "SimError.h"
+#include "Simulator.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace boardsim {
+namespace {
+
+constexpr std::chrono::milliseconds kComeUpTime{20'000};
+constexpr std::chrono::milliseconds kGoDownTime{12'000};
+
+struct UpArguments {
+  std::string description;
+  std::string daemon;
+  bool fresh = false;
+  bool noDaemon = false;
+  bool foreground = false;
+};
+
+struct SimulateArguments {
+  std::string daemon;
+  int lockFd = -1;
+  bool withParent = false;
+};
+
+/// @return the last lines of a file, indented
+std::string Tail(const std::string& path) {
+  constexpr std::size_t kLines = 8;
+  std::ifstream file(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) {
+    if (lines.size() == kLines) lines.erase(lines.begin());
+    lines.push_back("  " + line + "\n");
+  }
+  std::string text;
+  for (const std::string& line : lines) text += line;
+  return text.empty() ? "  (empty)\n" : text;
+}
+
+void CheckDescription(const std::string& path) {
+  try {
+    hwapi::board::Load(path);
+  } catch (const hwapi::board::DescriptionError& error) {
+    throw SimError(ExitCode::Usage, std::string("the board description is wrong:\n") + error.what());
+  }
+}
+
+pid_t StartSimulator(const StateDirectory& state, const UpArguments& arguments, const std::string& daemon,
+                     const Fd& lock) {
+  std::vector<std::string> command = {"/proc/self/exe", "simulate", "--state",   state.Root(),
+                                      "--daemon",       daemon,     "--lock-fd", std::to_string(lock.Get())};
+  if (arguments.foreground) command.push_back("--with-parent");
+  const pid_t pid = Spawn(
+      {.command = std::move(command), .logFile = state.SimulatorLog(), .ownSession = true, .inheritedFd = lock.Get()});
+  state.NotePid(lock, pid);
+  return pid;
+}
+
+std::vector<u32> AwaitedTasks(bool withDaemon) {
+  std::vector<u32> tasks;
+  for (const KnownEndpoint& endpoint : kKnownEndpoints) {
+    if (withDaemon || !endpoint.ofDaemon) tasks.push_back(endpoint.task);
+  }
+  return tasks;
+}
+
+/// @return what went wrong; "" when all are online
+std::string WaitUntilOnline(const StateDirectory& state, const ProcessHandle& simulator, bool withDaemon) {
+  const int changed = WatchOnlineTags(AwaitedTasks(withDaemon));
+  const auto deadline = std::chrono::steady_clock::now() + kComeUpTime;
+  while (true) {
+    const std::vector<u32> missing = TasksNotOnline();
+    if (missing.empty()) return "";
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+    if (left <= 0) {
+      return OnlineTagName(missing.front()) + " did not come within " + std::to_string(kComeUpTime.count() / 1000) +
+             " s; the daemon's log " + state.DaemonLog() + " ends with\n" + Tail(state.DaemonLog()) +
+             "and the simulator's log " + state.SimulatorLog() + " with\n" + Tail(state.SimulatorLog());
+    }
+    pollfd events[] = {{.fd = changed, .events = POLLIN, .revents = 0},
+                       {.fd = simulator.Descriptor(), .events = POLLIN, .revents = 0}};
+    if (poll(events, 2, static_cast<int>(left)) <= 0) continue;
+    if (events[1].revents != 0) {
+      return "the simulator ended; its log " + state.SimulatorLog() + " ends with\n" + Tail(state.SimulatorLog());
+    }
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t length = read(changed, &count, sizeof count);
+  }
+}
+
+sigset_t EndSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGHUP);
+  return signals;
+}
+
+/// Keeps the board up until a signal comes, then brings it down.
+void StayInForeground(const StateDirectory& state, const ProcessHandle& simulator, const Fd& signals) {
+  pollfd events[] = {{.fd = signals.Get(), .events = POLLIN, .revents = 0},
+                     {.fd = simulator.Descriptor(), .events = POLLIN, .revents = 0}};
+  while (poll(events, 2, -1) <= 0) {
+  }
+  if (events[1].revents != 0) {
+    throw SimError(ExitCode::Unreachable, "the simulator ended; its log " + state.SimulatorLog() + " ends with\n" +
+                                              Tail(state.SimulatorLog()));
+  }
+  simulator.Terminate(kGoDownTime);
+}
+
+void RunUp(const UpArguments& arguments, const Settings& settings) {
+  CheckDescription(arguments.description);
+  const StateDirectory state = settings.State();
+  const std::string daemon = arguments.noDaemon ? "" : FindDaemon(arguments.daemon);
+  const Fd lock = state.Lock();
+  state.Prepare(arguments.fresh);
+  if (!daemon.empty()) CheckSandbox(state);
+  std::filesystem::copy_file(arguments.description, state.Description());
+  state.SetEnvironment();
+
+  // Blocked before the platform starts its threads, and only where they are waited for.
+  const sigset_t endSignals = EndSignals();
+  Fd signals;
+  if (arguments.foreground) {
+    pthread_sigmask(SIG_BLOCK, &endSignals, nullptr);
+    signals = Fd(signalfd(-1, &endSignals, SFD_CLOEXEC));
+  }
+  const ProcessHandle simulator(StartSimulator(state, arguments, daemon, lock));
+  const std::string problem = WaitUntilOnline(state, simulator, !daemon.empty());
+  if (!problem.empty()) {
+    simulator.Terminate(kGoDownTime);
+    throw SimError(ExitCode::Unreachable, "the board does not come up: " + problem);
+  }
+  PrintEndpoints();
+  std::printf("export HWAPI_RUN=%s\n", state.Run().c_str());
+  std::fflush(stdout);
+  if (arguments.foreground) StayInForeground(state, simulator, signals);
+}
+
+void RunSimulate(const SimulateArguments& arguments, const Settings& settings) {
+  if (arguments.lockFd >= 0) fcntl(arguments.lockFd, F_SETFD, FD_CLOEXEC);
+  if (arguments.withParent) prctl(PR_SET_PDEATHSIG, SIGTERM);
+  const StateDirectory state = settings.State();
+  state.SetEnvironment();
+  if (Simulate(state, arguments.daemon) != 0) throw SimError(ExitCode::Unreachable, "the simulator does not start");
+}
+
+}  // namespace
+
+void AddUpCommand(CLI::App& app, Settings& settings) {
+  const auto arguments = std::make_shared<UpArguments>();
+  CLI::App* up = app.add_subcommand("up", "Bring a board up: neighbouring services, hardware, the daemon");
+  up->add_option("FILE", arguments->description, "Board description (TOML)")->required();
+  up->add_flag("--fresh", arguments->fresh, "Erase flash and logs of earlier runs first");
+  up->add_flag("--no-daemon", arguments->noDaemon, "Only the neighbours and the hardware");
+  up->add_flag("--foreground", arguments->foreground, "Stay attached; ^C brings the board down");
+  up->add_option("--daemon", arguments->daemon, "Program file of the daemon (found by itself when left out)");
+  up->callback([&settings, arguments] { settings.run = [&settings, arguments] { RunUp(*arguments, settings); }; });
+}
+
+void AddSimulateCommand(CLI::App& app, Settings& settings) {
+  const auto arguments = std::make_shared<SimulateArguments>();
+  CLI::App* simulate = app.add_subcommand("simulate", "The background process of up")->group("");
+  simulate->add_option("--daemon", arguments->daemon);
+  simulate->add_option("--lock-fd", arguments->lockFd);
+  simulate->add_flag("--with-parent", arguments->withParent);
+  simulate->callback(
+      [&settings, arguments] { settings.run = [&settings, arguments] { RunSimulate(*arguments, settings); }; });
+}
+
+}  // namespace boardsim

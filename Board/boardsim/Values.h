@@ -1,0 +1,24 @@
+/// @file
+/// Values as the command line writes them. Each function throws SimError (usage) with an example of what would be
+/// right.
+#pragma once
+
+#include "AaSysTime.h"
+#include "ControlMessages.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace boardsim {
+
+/// @return a decimal or 0x number of 32 bits; nothing for any other text
+std::optional<u32> NumberFrom(std::string_view text);
+/// What a sensor shall show: "45.5" (degrees Celsius), "fail=CODE", "auto".
+TempReq ParseTemp(std::string_view device, std::string_view value);
+/// The bytes of a tag: a number gives 4 bytes, anything else its characters; "text:" in front forces characters.
+std::string ParseTagValue(std::string_view text);
+/// A new board time: "+1h", "-10min", "+30s", "+2d", or "2030-01-01T00:00:00Z".
+SAaTime ParseClock(std::string_view text, const SAaTime& now);
+
+}  // namespace boardsim

@@ -1,0 +1,120 @@
+// A board comes up, is changed, and goes down.
+#include "TestBoard.h"
+
+#include <csignal>
+
+namespace boardtest {
+namespace {
+
+namespace fs = std::filesystem;
+
+using BoardLifeTest = BoardTest;
+
+TEST_F(BoardLifeTest, ComesUpWithEveryEndpointOnline) {
+  Up();
+  const Result status = Boardsim({"status"});
+  EXPECT_EQ(status.status, 0) << status.err;
+  for (const char* task : {"0x4b6", "0x4ad", "0x4d9", "0x4a7", "0x4b3"}) {
+    EXPECT_NE(status.out.find(std::string(task) + "  online\n"), std::string::npos) << status.out;
+  }
+}
+
+TEST_F(BoardLifeTest, StatusTellsWhichSensorIsPinned) {
+  Up();
+  Boardsim({"temp", "0x10000", "45.5"});
+  const Result status = Boardsim({"status"});
+  EXPECT_NE(status.out.find("0x10000    KEL_MCU           pinned   45.500 C\n"), std::string::npos) << status.out;
+}
+
+TEST_F(BoardLifeTest, RunsInTheBackgroundUntilItIsDown) {
+  const std::string description = std::string(BOARDS_FOLDER) + "/kela.toml";
+  const Result up = Boardsim({"up", description});
+  ASSERT_EQ(up.status, 0) << up.err;
+  const pid_t daemon = DaemonPid();
+  EXPECT_EQ(kill(daemon, 0), 0);
+  EXPECT_EQ(Boardsim({"down"}).status, 0);
+  EXPECT_NE(kill(daemon, 0), 0);
+  EXPECT_EQ(Boardsim({"status"}).status, 3);
+}
+
+TEST_F(BoardLifeTest, GoesDownWhenItIsDownAlready) { EXPECT_EQ(Boardsim({"down"}).status, 0); }
+
+TEST_F(BoardLifeTest, SecondBoardInOneFolderIsRefused) {
+  Up();
+  const Result second = Boardsim({"up", std::string(BOARDS_FOLDER) + "/kela.toml"});
+  EXPECT_EQ(second.status, 1);
+  EXPECT_NE(second.err.find("boardsim down"), std::string::npos) << second.err;
+  EXPECT_EQ(Clmctl({"temp", "watch", "Kel", "--count", "1"}).status, 0);
+}
+
+TEST_F(BoardLifeTest, WrongDescriptionIsRefusedBeforeAnythingStarts) {
+  const std::string path = Write("bad.toml", "[unit]\ntype = \"Kel\"\nversion = \"Kelx\"\n");
+  const Result up = Boardsim({"up", path});
+  EXPECT_EQ(up.status, 2);
+  EXPECT_NE(up.err.find(path + ":3:"), std::string::npos) << up.err;
+  EXPECT_FALSE(fs::exists(StateFolder()));
+}
+
+TEST_F(BoardLifeTest, ForgetsTagsButKeepsFlashWhenItComesUpAgain) {
+  Up();
+  Boardsim({"tag", "made.by.test", "7"});
+  Write("state/ffs/kept", "x");
+  Down();
+  Up();
+  EXPECT_EQ(Clmctl({"tag", "get", "made.by.test"}).status, 1);
+  EXPECT_TRUE(fs::exists(StateFolder() + "/ffs/kept"));
+}
+
+TEST_F(BoardLifeTest, DaemonSeesItsOwnFlash) {
+  Up();
+  const std::string root = "/proc/" + std::to_string(DaemonPid()) + "/root";
+  Write("state/ffs/seen", "x");
+  EXPECT_TRUE(fs::exists(root + "/ffs/seen"));
+}
+
+TEST_F(BoardLifeTest, TagsAreSharedByEverybody) {
+  Up();
+  ASSERT_EQ(Boardsim({"tag", "made.by.test", "0x10"}).status, 0);
+  EXPECT_EQ(Clmctl({"tag", "get", "made.by.test"}).out, "made.by.test 16\n");
+  ASSERT_EQ(Clmctl({"tag", "set", "made.by.test", "text:16"}).status, 0);
+  EXPECT_EQ(Clmctl({"tag", "get", "made.by.test", "--json"}).out,
+            "{\"tag\":\"made.by.test\",\"number\":null,\"text\":\"16\"}\n");
+}
+
+TEST_F(BoardLifeTest, SensorThatTheBoardDoesNotSimulateIsRefused) {
+  Up();
+  const Result temp = Boardsim({"temp", "0x99", "45"});
+  EXPECT_EQ(temp.status, 1);
+  EXPECT_NE(temp.err.find("0x10000"), std::string::npos) << temp.err;
+}
+
+class EveryBoardTest : public BoardTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(EveryBoardTest, ComesUp) { UpWith(GetParam()); }
+
+INSTANTIATE_TEST_SUITE_P(Boards, EveryBoardTest, testing::ValuesIn(BoardFiles()), [](const auto& file) {
+  std::string name = fs::path(file.param).stem();
+  for (char& character : name) {
+    if (character == '-') character = '_';
+  }
+  return name;
+});
+
+TEST_F(BoardLifeTest, DetectedDescriptionShowsTheMachinesChips) {
+  const fs::path chip = Folder() / "sys" / "class" / "hwmon" / "hwmon4";
+  fs::create_directories(chip);
+  fs::create_directories(Folder() / "sys" / "devices" / "3-0048");
+  fs::create_directory_symlink(Folder() / "sys" / "devices" / "3-0048", chip / "device");
+  Write("sys/class/hwmon/hwmon4/name", "lm75\n");
+  Write("sys/class/hwmon/hwmon4/temp1_input", "41500\n");
+  SetVariable("HWAPI_SYSFS", Folder() / "sys");
+  const Result detect = Boardsim({"detect"});
+  ASSERT_EQ(detect.status, 0);
+  UpWith(Write("detected.toml", detect.out));
+  const auto lines = JsonLines(Clmctl({"temp", "watch", "Kel", "--count", "1", "--json"}).out);
+  ASSERT_EQ(lines.size(), 5u);
+  EXPECT_EQ(lines[0]["temperature_celsius"], 41.5);
+}
+
+}  // namespace
+}  // namespace boardtest

@@ -1,0 +1,51 @@
+/// @file
+/// The live table of a measurement: its content, and how it is laid out as text.
+#pragma once
+
+#include "TempRequest.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace clmctl {
+
+/// What a terminal can show.
+struct Canvas {
+  unsigned columns = 80;
+  unsigned rows = 24;
+  bool colours = true;
+  bool utf8 = true;
+};
+
+/// The last reading of each sensor, its extremes and its course. No output, no clock: a plain value.
+class TempTable {
+ public:
+  /// @param title what is measured, e.g. "Kel every 1s"
+  explicit TempTable(std::string title) : m_title(std::move(title)) {}
+
+  /// Takes an indication in that came at @p time.
+  void Add(const Indication& indication, const std::string& time);
+  /// Shown below the table until the next indication.
+  void SetNote(std::string note) { m_note = std::move(note); }
+  /// @return the lines, none wider than the canvas and no more of them than its rows
+  std::vector<std::string> Draw(const Canvas& canvas) const;
+
+ private:
+  struct Row {
+    Reading last;
+    double lowest = 0;
+    double highest = 0;
+    std::deque<double> course;  ///< valid readings, oldest first
+  };
+
+  std::string DrawRow(const Row& row, const Canvas& canvas) const;
+
+  std::string m_title;
+  std::string m_note;
+  std::string m_lastTime;
+  u32 m_count = 0;
+  std::vector<Row> m_rows;
+};
+
+}  // namespace clmctl

@@ -1,0 +1,106 @@
+#include "TempTable.h"
+
+#include "messages/TempSensorName.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace clmctl {
+namespace {
+
+Indication OneSensor(double celsius, bool valid = true) {
+  return {
+      .sensorType = ETempSensorType_Kel,
+      .readings = {{.name = TEMP_SENSOR_KEL_MCU, .celsius = celsius, .valid = valid, .driverError = valid ? 0u : 2u}}};
+}
+
+Indication ManySensors(std::size_t count) {
+  Indication indication{.sensorType = ETempSensorType_DaxAll, .readings = {}};
+  indication.readings.resize(count, {.name = TEMP_SENSOR_KEL, .celsius = 40, .valid = true, .driverError = 0});
+  return indication;
+}
+
+std::string Text(const TempTable& table, const Canvas& canvas) {
+  std::string text;
+  for (const std::string& line : table.Draw(canvas)) text += line + "\n";
+  return text;
+}
+
+/// Characters, not bytes, without colour sequences.
+std::size_t Width(const std::string& line) {
+  std::size_t width = 0;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '\x1b') {
+      i = line.find('m', i);
+    } else if ((static_cast<unsigned char>(line[i]) & 0xC0) != 0x80) {
+      ++width;
+    }
+  }
+  return width;
+}
+
+TEST(TempTable, ShowsNameAndTemperatureWithThreeDecimals) {
+  TempTable table("Kel");
+  table.Add(OneSensor(41.5), "12:00:00");
+  const std::string text = Text(table, {.colours = false});
+  EXPECT_NE(text.find("KEL_MCU"), std::string::npos);
+  EXPECT_NE(text.find("41.500 °C"), std::string::npos);
+  EXPECT_NE(text.find("last at 12:00:00"), std::string::npos);
+}
+
+TEST(TempTable, RemembersTheExtremes) {
+  TempTable table("Kel");
+  for (const double celsius : {41.0, 39.5, 43.25}) table.Add(OneSensor(celsius), "12:00:00");
+  const std::string text = Text(table, {.colours = false});
+  EXPECT_NE(text.find("39.500"), std::string::npos);
+  EXPECT_NE(text.find("43.250"), std::string::npos);
+}
+
+TEST(TempTable, ShowsTheErrorOfAFailedSensor) {
+  TempTable table("Kel");
+  table.Add(OneSensor(41), "12:00:00");
+  table.Add(OneSensor(0, false), "12:00:01");
+  const std::string text = Text(table, {.columns = 120, .colours = false});
+  EXPECT_NE(text.find("failed: "), std::string::npos);
+  EXPECT_NE(text.find("(2)"), std::string::npos);
+}
+
+TEST(TempTable, IsNeverWiderThanTheTerminal) {
+  TempTable table("Kel temperatures every 1s");
+  for (int i = 0; i < 100; ++i) table.Add(OneSensor(40 + i, i % 7 != 0), "12:00:00");
+  table.SetNote("the temperature service was started again; the measurement goes on");
+  for (unsigned columns = 1; columns < 200; ++columns) {
+    for (const std::string& line : table.Draw({.columns = columns})) ASSERT_LE(Width(line), columns) << line;
+  }
+}
+
+TEST(TempTable, IsNeverTallerThanTheTerminal) {
+  TempTable table("DaxAll");
+  table.Add(ManySensors(30), "12:00:00");
+  for (unsigned rows = 1; rows < 50; ++rows) ASSERT_LE(table.Draw({.rows = rows}).size(), rows);
+  EXPECT_NE(Text(table, {.rows = 20, .colours = false}).find("more"), std::string::npos);
+}
+
+TEST(TempTable, HasNoEscapeSequencesWithoutColours) {
+  TempTable table("Kel");
+  table.Add(OneSensor(41), "12:00:00");
+  EXPECT_EQ(Text(table, {.colours = false}).find('\x1b'), std::string::npos);
+}
+
+TEST(TempTable, IsAsciiWhereTheTerminalIs) {
+  TempTable table("Kel");
+  for (const double celsius : {41.0, 43.0, 42.0}) table.Add(OneSensor(celsius), "12:00:00");
+  const std::string text = Text(table, {.utf8 = false});
+  EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
+}
+
+TEST(TempTable, DrawsATrendThatRises) {
+  TempTable table("Kel");
+  for (int i = 0; i < 8; ++i) table.Add(OneSensor(40 + i), "12:00:00");
+  EXPECT_NE(Text(table, {.colours = false}).find("▁▂▃▄▅▆▇█"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace clmctl
