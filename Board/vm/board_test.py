@@ -1,0 +1,158 @@
+#!/usr/bin/env python3
+"""Tests on the emulated board: what a chip is made to feel outside is what the service reports inside.
+
+usage: board_test.py IMAGE [unittest's arguments]
+"""
+
+import json
+import sys
+import time
+import unittest
+
+from machine import Machine
+
+# Sensors of the group "Kel", the chips they are bound to by Board/boards/arm-board.toml, and those chips' channels.
+MCU, ENV, INTAKE = ("KEL_MCU", "mcu", None), ("KEL_ENV", "env", None), ("KEL_INTAKE", "intake", None)
+KEL, VORNIK = ("KEL", "remote", 0), ("KEL_VORNIK", "remote", 1)
+GROUP = {"KEL_MCU", "KEL", "KEL_ENV", "KEL_VORNIK", "KEL_INTAKE"}
+
+SERVICE_SECONDS = 60
+DRIVER_SECONDS = 30  # seconds; the driver of the tmp423 keeps a value for a while
+
+machine = None
+table = []  # rows of what was set and read
+
+
+def wait_for_service():
+    """Returns once the temperature service has told that it is up."""
+    deadline = time.monotonic() + SERVICE_SECONDS
+    while True:
+        status, output = machine.run("clmctl tag get app.hwapi.online.4b6 --json 2>&1")
+        if status == 0 and json.loads(output)["number"] == 6:
+            return
+        if time.monotonic() > deadline:
+            sys.exit(f"the service is not up within {SERVICE_SECONDS} s: {output}{machine.run('cat /var/log/clm.log')[1]}")
+
+
+def readings(group="Kel"):
+    """One indication as clmctl prints it on the board: object by sensor."""
+    status, output = machine.run(f"clmctl temp watch {group} --count 1 --timeout 30s --json 2>/tmp/clmctl.err")
+    if status != 0:
+        raise AssertionError(f"clmctl ended with {status}: {machine.run('cat /tmp/clmctl.err /var/log/clm.log')[1]}")
+    objects = [json.loads(line) for line in output.splitlines() if line.startswith("{")]
+    return {reading["sensor"]: reading for reading in objects}
+
+
+def thousandths(reading):
+    celsius = reading["temperature_celsius"]
+    return None if celsius is None else round(celsius * 1000)
+
+
+def note(sensor, was_set, reading):
+    reported = thousandths(reading)
+    table.append((sensor, f"{was_set / 1000:.3f}" if isinstance(was_set, int) else was_set,
+                  reading["driver_error_text"] if reported is None else f"{reported / 1000:.3f}"))
+
+
+class EmulatedBoard(unittest.TestCase):
+    def report(self, sensor, value):
+        """Lets a sensor's chip feel a value and returns what the service reports."""
+        name, chip, channel = sensor
+        machine.feel(chip, value, channel)
+        reading = readings()[name]
+        note(name, value, reading)
+        return thousandths(reading)
+
+    def settle(self, sensor, value, group="Kel"):
+        """As report, for a chip whose driver remembers: reports until the value is there, or time is up."""
+        name, chip, channel = sensor
+        machine.feel(chip, value, channel)
+        deadline = time.monotonic() + DRIVER_SECONDS
+        while thousandths(reading := readings(group)[name]) != value and time.monotonic() < deadline:
+            pass
+        note(name, value, reading)
+        return thousandths(reading)
+
+    def driver(self, action, device):
+        status, output = machine.run(f"echo {device} > /sys/bus/i2c/drivers/lm75/{action}")
+        self.assertEqual(status, 0, output)
+
+    def test_the_board_is_a_32_bit_arm(self):
+        self.assertEqual(machine.run("uname -m"), (0, "armv7l\n"))
+
+    def test_every_sensor_of_the_group_is_reported(self):
+        self.assertEqual(set(readings()), GROUP)
+
+    def test_a_value_the_chip_can_represent_is_reported_to_the_thousandth(self):
+        # The chip counts sixteenths of a degree; two of them are a whole number of thousandths.
+        for value in (25000, 25125, 99875, 0, 125, -125, -10500, -40000, -55000, 127875, 36625):
+            with self.subTest(value=value):
+                self.assertEqual(self.report(MCU, value), value)
+
+    def test_an_odd_sixteenth_is_reported_without_its_half_thousandth(self):
+        # 25.0625: the kernel's attribute has no tenths of a thousandth and rounds down.
+        for value, reported in ((25063, 25062), (-25062, -25063), (80688, 80687)):
+            with self.subTest(value=value):
+                self.assertEqual(self.report(MCU, value), reported)
+
+    def test_chips_of_one_kind_are_told_apart_by_their_address(self):
+        values = {MCU: 21000, ENV: -5250, INTAKE: 63500}
+        for (_, chip, _), value in values.items():
+            machine.feel(chip, value)
+        reported = readings()
+        for sensor, value in values.items():
+            note(sensor[0], value, reported[sensor[0]])
+            self.assertEqual(thousandths(reported[sensor[0]]), value)
+
+    def test_channels_of_one_chip_are_told_apart(self):
+        # This model reaches odd sixteenths and negative eighths exactly; the driver rounds to the nearest.
+        self.assertEqual(self.settle(KEL, 25063), 25063)
+        self.assertEqual(self.settle(VORNIK, -12500), -12500)
+        self.assertEqual(self.settle(("KEL_OCXO", "remote", 2), 41188, "KelOcxo"), 41188)
+
+    def test_a_chip_that_went_away_is_one_sensors_error_and_comes_back(self):
+        machine.feel("mcu", 30500)
+        machine.feel("env", 18250)
+        self.driver("unbind", "3-0048")
+        self.addCleanup(machine.run, "echo 3-0048 > /sys/bus/i2c/drivers/lm75/bind 2>/dev/null")
+        reported = readings()
+        note("KEL_MCU", "unbound", reported["KEL_MCU"])
+        note("KEL_ENV", 18250, reported["KEL_ENV"])
+        self.assertEqual(reported["KEL_MCU"]["state"], "failed")
+        self.assertIsNone(reported["KEL_MCU"]["temperature_celsius"])
+        self.assertLess(reported["KEL_MCU"]["driver_error"], 0)
+        self.assertEqual(thousandths(reported["KEL_ENV"]), 18250)
+        self.driver("bind", "3-0048")
+        self.assertEqual(self.settle(MCU, 31000), 31000)
+
+    def test_a_chip_that_comes_back_under_another_number_is_found(self):
+        self.driver("unbind", "3-0048")
+        self.driver("unbind", "3-0049")
+        self.driver("bind", "3-0049")  # takes the lower of the two free numbers, which was the other chip's
+        self.driver("bind", "3-0048")
+        self.assertEqual(self.settle(MCU, 42500), 42500)
+        self.assertEqual(self.settle(ENV, -7125), -7125)
+
+
+def print_table():
+    print(f"\n{'sensor':<12} {'set outside':>12}  reported inside")
+    for sensor, was_set, reported in table:
+        print(f"{sensor:<12} {was_set:>12}  {reported}")
+    print(flush=True)
+
+
+def main():
+    global machine
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    start = time.monotonic()
+    with Machine(sys.argv[1]) as machine:
+        wait_for_service()
+        print(f"board and service started in {time.monotonic() - start:.1f} s", flush=True)
+        program = unittest.main(argv=[sys.argv[0], *sys.argv[2:]], exit=False, verbosity=2)
+        print_table()
+    sys.exit(not program.result.wasSuccessful())
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,34 @@
+# A simulated board on this machine, with the service, to look at.
+
+BOARDSIM=build/release/Board/boardsim/boardsim
+CLMCTL=build/release/Tools/clmctl/clmctl
+BOARD_STATE=$PWD/build/run
+
+board_down() {
+  "$BOARDSIM" down --state "$BOARD_STATE" || true
+}
+
+dev_run() {
+  local duration=
+  case ${1:-} in
+    "") ;;
+    --for)
+      duration=${2:-}
+      [[ $duration =~ ^[1-9][0-9]*(s|min|h)$ ]] || fail "--for takes a time with its unit, such as 30s or 2min"
+      duration=${duration/min/m}
+      ;;
+    *) fail "run takes --for TIME only, not \"$1\"" ;;
+  esac
+  dev_setup base
+  build release CLM boardsim clmctl
+
+  # The board comes down however this ends; ^C is the watching client's to answer.
+  trap board_down EXIT
+  trap : INT
+  "$BOARDSIM" up Board/boards/dev.toml --state "$BOARD_STATE" --fresh
+  export HWAPI_RUN=$BOARD_STATE/run
+  local status=0
+  ${duration:+timeout --foreground --signal=INT --kill-after=10s "$duration"} "$CLMCTL" temp watch Kel || status=$?
+  # 124: the time that was asked for is over.
+  [ "$status" -eq 124 ] || return "$status"
+}

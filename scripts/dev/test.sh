@@ -1,0 +1,87 @@
+# Tests: of the house rules, of every preset; coverage; benchmarks.
+
+# What the sanitizers do when they find something: end the test at once.
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1}
+export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
+export TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1:second_deadlock_stack=1}
+
+# The rules no compiler knows; all of them run, then any failure counts.
+house_checks() {
+  local check failed=0
+  begin "checks of the sources"
+  for check in scripts/check-*; do
+    "$check" || failed=1
+  done
+  python3 -m unittest discover -q -s scripts/test || failed=1
+  end
+  [ "$failed" -eq 0 ] || fail "the checks named above failed"
+}
+
+# Runs the tests of the given presets, and those on the emulated board (the word "vm"), as one ctest run with one
+# summary, which is the last thing printed.
+run_tests() {
+  local all=build/all part
+  mkdir -p $all
+  for part in "$@"; do
+    if [ "$part" = vm ]; then
+      echo "add_test(EmulatedBoard \"$PWD/Board/vm/board_test.py\" \"$PWD/$VM_IMAGE\")"
+      echo "set_tests_properties(EmulatedBoard PROPERTIES LABELS vm TIMEOUT 600)"
+    else
+      echo "subdirs(\"../$part\")"
+    fi
+  done >$all/CTestTestfile.cmake
+  echo "== tests of: $*"
+  "${steady[@]}" ctest --test-dir $all -j "$JOBS" --output-on-failure --no-label-summary --no-tests=error </dev/null
+}
+
+build_all() {
+  local preset
+  for preset in "$@"; do
+    build "$preset"
+  done
+}
+
+dev_test() {
+  dev_setup base
+  house_checks
+  local presets=${CLM_TEST_PRESETS:-debug asan-ubsan tsan} vm=
+  [[ " $presets " != *" clang "* ]] || dev_setup clang
+  build_all $presets
+  if [ -z "${CLM_TEST_PRESETS:-}" ] && vm_possible; then
+    vm_image
+    vm=vm
+  fi
+  run_tests $presets $vm
+}
+
+dev_sanitize() {
+  dev_setup base
+  build_all asan-ubsan tsan
+  run_tests asan-ubsan tsan
+}
+
+dev_coverage() {
+  dev_setup base coverage
+  build coverage
+  find build/coverage -name '*.gcda' -delete
+  run_tests coverage
+  begin "coverage of ClimateS/src"
+  local shared=(--root . --filter ClimateS/src/ --exclude-throw-branches --exclude-unreachable-branches -j "$JOBS" build/coverage)
+  gcovr "${shared[@]}" --txt build/coverage/lines.txt --html-details build/coverage/report.html
+  cat build/coverage/lines.txt
+  gcovr "${shared[@]}" --branches --print-summary -o build/coverage/branches.txt
+  sed -n '6,$p' build/coverage/branches.txt
+  echo "every line: build/coverage/report.html"
+  end
+}
+
+dev_bench() {
+  dev_setup base
+  build release clm_bench
+  build/release/bench/clm_bench "$@"
+}
+
+dev_format() {
+  dev_setup base
+  sources | xargs -0 clang-format -i
+}
