@@ -50,6 +50,14 @@ TEST_F(MeasurementTest, SensorFollowsThePhysicsAgain) {
   EXPECT_EQ(SensorIn(lines, "KEL_MCU")["state"], "ok");
 }
 
+TEST_F(MeasurementTest, CanBeRepeatedAsOftenAsOneLikes) {
+  Up();
+  for (int round = 0; round < 4; ++round) {
+    const Result watch = Clmctl({"temp", "watch", "Kel", "--count", "1", "--json"});
+    ASSERT_EQ(watch.status, 0) << "round " << round << ": " << watch.err;
+  }
+}
+
 TEST_F(MeasurementTest, LinesAreStableToParse) {
   Up();
   Boardsim({"temp", "0x10000", "45.5"});

@@ -48,9 +48,9 @@ i32 Timers::Start(TAaSysTimerId* id, u32 firstUs, u32 periodUs, Message* message
   const std::int64_t dueUs = NowUs() + std::int64_t{firstUs};
   const TAaSysTimerId number = NewId();
   m_timers.emplace(number, Timer{dueUs, std::int64_t{periodUs}, MessagePtr(message)});
-  const bool isFirst = m_order.emplace(dueUs, number).first == m_order.begin();
+  const auto place = m_order.emplace(dueUs, number).first;
   *id = number;
-  if (isFirst) {
+  if (place == m_order.begin()) {
     m_changed.notify_one();
   }
   return 0;
