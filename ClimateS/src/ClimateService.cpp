@@ -1,12 +1,11 @@
 #include "ClimateService.h"
 
+#include "AaConfig.h"
 #include "AaSysCom.h"
 #include "Endpoints.h"
 #include "Log.h"
 #include "OnlineTag.h"
 #include "messages/MessageIds.h"
-
-#include "AaConfig.h"
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -53,6 +52,8 @@ constexpr ClimateService::SensorGroupPtr ClimateService::*const ClimateService::
     &ClimateService::m_rfp3SensorGroup,    &ClimateService::m_filterSensorGroup, &ClimateService::m_psuSensorGroup,
     &ClimateService::m_ocxoDcmSensorGroup,
 };
+
+static_assert(kGroupSlots == static_cast<std::size_t>(GroupSlot::OcxoDcm) + 1);
 
 ClimateService::ClimateService()
     : Service(kName, HWAPI_TEMPERATURE_SERVICE, ERadHwapi_PrintClimateService, ERadHwapiState_ClimateState) {

@@ -7,6 +7,7 @@
 #include "HwapiUnit.h"
 #include "PsuSpiPoller.h"
 #include "SensorGroup.h"
+#include "SensorGroupsOfBoard.h"
 #include "Service.h"
 #include "ddal_fan.h"
 #include "messages/FanControl.h"
@@ -50,7 +51,7 @@ class ClimateService : public Service {
 
   /// Second half of the start-up: observer of the autodetection service's online tag, on a platform thread. Waits for
   /// the reset service. The arguments are not used.
-  /// @throw MsgHandlingException when a message cannot be created
+  /// @throw MsgHandlingException when a message cannot be created, or when the service is stopped meanwhile
   static void PostInit(const char* tagName, const void* value, u32 size);
   void WaitingForAdetSToInit();
 
@@ -122,7 +123,7 @@ class ClimateService : public Service {
   void SubscribeToResetService();
 
   /// The groups' members in the order of GroupSlot.
-  static SensorGroupPtr ClimateService::*const kSensorGroups[10];
+  static SensorGroupPtr ClimateService::*const kSensorGroups[kGroupSlots];
 
   /// @return the group that serves a sensor type; null when there is none
   SensorGroup* SelectSensorGroup(ETempSensorType sensorType) const;
@@ -141,7 +142,8 @@ class ClimateService : public Service {
   static u32 FirstDelaySeconds(u32 timePeriod, EStatus* outcome);
   /// @return whether the first indication is on its way
   bool StartFanPolling(const FanRequest& req, TAaSysComSicad sender, u32 delaySeconds);
-  bool ArmFanPollTimer(const SApiFanSpeedPollTimerInd& record, u32 delaySeconds);
+  /// Arms the timer of the next indication.
+  void ContinueFanPolling(const SApiFanSpeedPollTimerInd& record);
   SHwapiFanUnitInfo ReadFan(u32 index);
 
   static ClimateService m_climateService;

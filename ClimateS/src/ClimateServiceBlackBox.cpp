@@ -4,6 +4,7 @@
 #include "Endpoints.h"
 #include "Log.h"
 #include "Msg.h"
+#include "MsgGuard.h"
 #include "messages/BlackBox.h"
 #include "messages/MessageIds.h"
 
@@ -26,6 +27,7 @@ void ClimateService::HandleApiStoreBlackboxDataReqMsg(void* msg) {
 
   // The software-download service waits for the answer, whoever asked.
   StoreDataResp resp(AaSysComSicadGet(HWAPI_SWDL_SERVICE, AaSysComGetOwnNid()), sizeof(SApiStoreBlackboxDataResp));
+  const MsgGuard guard(resp.msg);
   if (resp.payload == nullptr) {
     throw MsgHandlingException("Creation of API_STORE_BLACKBOX_DATA_RESP_MSG failed", __FILE_NAME__, __LINE__);
   }

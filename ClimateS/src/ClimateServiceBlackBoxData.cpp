@@ -135,6 +135,7 @@ void ClimateServiceBlackBoxData::HandleApiBlackboxStoreFileReqMsg(void* msg) {
   const u32 stored = BlackBoxData::getInstance()->copyFile(record.numOfPreviousFiles, sourceFile, targetFile);
 
   StoreFileResp resp(req.GetSender(), sizeof(SApiBlackboxStoreFileResp));
+  const MsgGuard guard(resp.msg);
   if (resp.payload == nullptr) {
     throw MsgHandlingException("Creation of API_BLACKBOX_STORE_FILE_RESP_MSG failed", __FILE_NAME__, __LINE__);
   }

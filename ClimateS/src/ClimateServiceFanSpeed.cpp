@@ -11,6 +11,9 @@
 #include "RadIds.h"
 #include "messages/MessageIds.h"
 
+#include <cstddef>
+#include <cstdint>
+
 namespace ps::hwapi::common::climate {
 namespace {
 
@@ -40,6 +43,29 @@ FanRequest InHostOrder(void* msg, const FanRequestLayout& layout) {
   FanRequest req(msg, layout);
   if (AaSysComIsHostAndMsgEndianSame(msg) == GLO_FALSE) req.SwapBytes();
   return req;
+}
+
+/// @return whom the speed indications go to
+TAaSysComSicad RecipientOf(const FanRequest& req, TAaSysComSicad sender) {
+  const SMessageAddress receiver = req.Receiver();
+  if (receiver.task != 0) return AaSysComNmapGetSicad(receiver.board, receiver.cpu, receiver.task);
+  CLM_LOG(Info, "Recipient for API_FAN_SPEED_IND_MSG not given, request sender: 0x%x is used instead", sender);
+  return sender;
+}
+
+/// @return the poll timer's message, from and to the fan endpoint; without a payload when it cannot be created
+PollTimerInd CreatePollTimerMsg() {
+  PollTimerInd timerMsg(OwnFanEndpoint(), sizeof(SApiFanSpeedPollTimerInd));
+  if (timerMsg.payload != nullptr) timerMsg.SetSender(OwnFanEndpoint());
+  return timerMsg;
+}
+
+/// Starts a timer that expires once; it takes the message over.
+/// @return whether it runs
+bool StartTimer(TAaSysTimerId& timer, PollTimerInd& timerMsg, u32 delaySeconds) {
+  if (AaSysTimermCreate(&timer, delaySeconds * kUsPerSecond, kOnce, timerMsg.msg) != 0) return false;
+  timerMsg.msg = nullptr;
+  return true;
 }
 
 /// Size of an indication in the 16 bits that the platform's message size has.
@@ -142,27 +168,28 @@ u32 ClimateService::FirstDelaySeconds(u32 timePeriod, EStatus* outcome) {
 
 bool ClimateService::StartFanPolling(const FanRequest& req, TAaSysComSicad sender, u32 delaySeconds) {
   if (m_tmoKelFanSpeedPolling != 0) AaSysTimerDelete(m_tmoKelFanSpeedPolling);
-  TAaSysComSicad client = sender;
-  const SMessageAddress receiver = req.Receiver();
-  if (receiver.task != 0) {
-    client = AaSysComNmapGetSicad(receiver.board, receiver.cpu, receiver.task);
-  } else {
-    CLM_LOG(Info, "Recipient for API_FAN_SPEED_IND_MSG not given, request sender: 0x%x is used instead", sender);
+  m_tmoKelFanSpeedPolling = 0;
+  PollTimerInd timerMsg = CreatePollTimerMsg();
+  const MsgGuard guard(timerMsg.msg);
+  if (timerMsg.payload != nullptr) {
+    timerMsg->transactionId = req.TransactionId();
+    timerMsg->clientAddr = RecipientOf(req, sender);
+    if (StartTimer(m_tmoKelFanSpeedPolling, timerMsg, delaySeconds)) return true;
   }
-  if (ArmFanPollTimer({.transactionId = req.TransactionId(), .clientAddr = client}, delaySeconds)) return true;
   CLM_LOG(Warning, "Could not start Fan speed polling!");
   return false;
 }
 
-bool ClimateService::ArmFanPollTimer(const SApiFanSpeedPollTimerInd& record, u32 delaySeconds) {
-  PollTimerInd timerMsg(OwnFanEndpoint(), sizeof(SApiFanSpeedPollTimerInd));
+void ClimateService::ContinueFanPolling(const SApiFanSpeedPollTimerInd& record) {
+  AaSysTimerDelete(m_tmoKelFanSpeedPolling);
+  m_tmoKelFanSpeedPolling = 0;
+  PollTimerInd timerMsg = CreatePollTimerMsg();
   const MsgGuard guard(timerMsg.msg);
-  if (timerMsg.payload == nullptr) return false;
-  timerMsg.SetSender(OwnFanEndpoint());
-  *timerMsg.payload = record;
-  if (AaSysTimermCreate(&m_tmoKelFanSpeedPolling, delaySeconds * kUsPerSecond, kOnce, timerMsg.msg) != 0) return false;
-  timerMsg.msg = nullptr;  // the timer's now
-  return true;
+  if (timerMsg.payload != nullptr) {
+    *timerMsg.payload = record;
+    if (StartTimer(m_tmoKelFanSpeedPolling, timerMsg, kPollSeconds)) return;
+  }
+  CLM_LOG(Warning, "Could not start 60s Fan speed polling timer!");
 }
 
 void ClimateService::HandleFanSpeedPollTimerIndMsg(void* msg) {
@@ -171,9 +198,7 @@ void ClimateService::HandleFanSpeedPollTimerIndMsg(void* msg) {
   const SApiFanSpeedPollTimerInd record = timerInd.Record();
   CLM_LOG(Debug, "ApiFanSpeedPollTimerIndMsg message arrived %d 0x%x 0x%x", static_cast<int>(record.transactionId),
           record.clientAddr, timerInd.GetSender());
-
-  AaSysTimerDelete(m_tmoKelFanSpeedPolling);
-  if (!ArmFanPollTimer(record, kPollSeconds)) CLM_LOG(Warning, "Could not start 60s Fan speed polling timer!");
+  ContinueFanPolling(record);
 
   SpeedInd ind(record.clientAddr, IndicationSize(m_numberOfFans));
   const MsgGuard guard(ind.msg);

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -106,7 +107,7 @@ void ClimateService::StopAutonomousClimateControl() {
 }
 
 EStatus ClimateService::KillTempManagement() {
-  // The boards of this build have no autonomous control to stop: the driver is not called, the outcome is success.
+  // The driver is not called in this build; the outcome is always success.
   CLM_LOG(Info, "ddal_temp_set_autonomous_climate_ctrl(DDAL_TEMP_AUTONOMOUS_CLIMATE_CTRL_STOP)");
   CLM_LOG(Info, "ROQ temperature management succesfully killed");
   return EStatus_NoError;

@@ -17,10 +17,8 @@ void FanRequest::SwapBytes() {
   if (m_layout.timePeriod != 0) Swap32(m_layout.timePeriod);
   Swap32(m_layout.numOfItems);
 
-  const std::size_t whole =
-      m_payload.Size() > m_layout.items ? (m_payload.Size() - m_layout.items) / kFanRequestItemSize : 0;
-  const u32 items = static_cast<u32>(std::min<std::size_t>(NumOfItems(), whole));
-  for (u32 i = 0; i < items; ++i) {
+  const u32 items = NumOfItems();
+  for (u32 i = 0; i < items && ItemOffset(i) < m_payload.Size(); ++i) {
     Swap32(ItemOffset(i));
     Swap32(ItemOffset(i) + sizeof(EFanUnit));
   }
@@ -38,6 +36,8 @@ u32 FanRequest::CheckedNumOfItems(bool* failed) const {
 
 void FanResponse::SetOutcome(EStatus status, const char* text) {
   constexpr std::size_t kResponse = offsetof(SApiSetFanSpeedResp, response);
+  static_assert(kResponse == offsetof(SApiSetFanPwmFreqResp, response));
+  static_assert(kResponse == offsetof(SApi2SetFanSpeedResp, response));
   m_payload.Put(kResponse + offsetof(SHwapiOpResp, status), status);
   if (text == nullptr) return;
   SHwapiOpResp response{};

@@ -6,6 +6,7 @@
 #include "messages/Autodet.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -17,8 +18,8 @@ constexpr unsigned int kMVariant = 0x0C;
 constexpr unsigned int kPVariants[] = {0x11, 0x16};
 
 /// The ids of a slot's unit differ in the high digit, 1 to 6; the low digit is the slot.
-constexpr unsigned int kFirstCabinet = 1;
-constexpr unsigned int kLastCabinet = 6;
+constexpr unsigned int kFirstHighDigit = 1;
+constexpr unsigned int kLastHighDigit = 6;
 
 struct Slot {
   unsigned int lowDigit;
@@ -31,8 +32,8 @@ constexpr Slot kSlots[] = {
 };
 
 const Slot* FindSlot(unsigned int unit_id) {
-  const unsigned int cabinet = unit_id >> 4;
-  if (cabinet < kFirstCabinet || cabinet > kLastCabinet) return nullptr;
+  const unsigned int highDigit = unit_id >> 4;
+  if (highDigit < kFirstHighDigit || highDigit > kLastHighDigit) return nullptr;
   const auto* found = std::find_if(std::begin(kSlots), std::end(kSlots),
                                    [unit_id](const Slot& slot) { return slot.lowDigit == (unit_id & 0xFu); });
   return found != std::end(kSlots) ? found : nullptr;

@@ -7,6 +7,8 @@
 
 #include "Sensor.h"
 
+#include <cstddef>
+#include <iterator>
 #include <span>
 
 namespace ps::hwapi::common::climate {

@@ -7,6 +7,7 @@
 #include "messages/TempMeas.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <span>
 
 namespace ps::hwapi::common::climate {

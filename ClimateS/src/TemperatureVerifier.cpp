@@ -10,6 +10,7 @@
 #include <sys/types.h>
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace ps::hwapi::common::climate {
 namespace {

@@ -77,6 +77,19 @@ TEST_P(FanSpeedByteOrderTest, NumberOfItemsThatExceedsThePayloadConvertsWhatIsTh
   EXPECT_EQ(ItemsOf(response), (std::vector<u32>{1, 201, 40, 0}));
 }
 
+TEST_P(FanSpeedByteOrderTest, FanOfAnItemWhoseSpeedIsCutOffIsConverted) {
+  const fake::Message response = AskInOtherOrder({.numOfItems = 1, .items = {201}});
+  EXPECT_EQ(StatusOf(response), 4u);
+  EXPECT_EQ(SpeedCalls(), (std::vector<fake::Call>{{"ddal_fan_set_pwm", 0, 0}}));
+}
+
+TEST_P(FanSpeedByteOrderTest, WithoutItemsNoItemIsConverted) {
+  const fake::Message response = AskInOtherOrder({.numOfItems = 0, .items = {201, 40}});
+  EXPECT_EQ(StatusOf(response), 4u);
+  EXPECT_TRUE(SpeedCalls().empty());
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Warning, "Invalid EFanUnit: 0xc9000000"));
+}
+
 TEST_P(FanSpeedByteOrderTest, EveryCutOfARequestIsAnswered) {
   const fake::Message whole = InOtherOrder(RequestOf(SpeedRequest{.items = {201, 40, 202, 50}}));
   for (std::size_t size = 1; size < whole.payload.size(); ++size) {

@@ -106,7 +106,8 @@ TEST_F(SensorGroupTest, SmallestFaultCodeIsReportedWithoutOverflow) {
 
 TEST_F(SensorGroupTest, FailedSensorReportsZeroTemperatures) {
   fake::FailTemperature(0x10000, -2);
-  for (const float degrees : Read()[0].unit_temp) EXPECT_EQ(degrees, 0.0f);
+  const auto entries = Read();
+  for (const float degrees : entries[0].unit_temp) EXPECT_EQ(degrees, 0.0f);
 }
 
 TEST_F(SensorGroupTest, FailedSensorIsLoggedWithTheDriversText) {

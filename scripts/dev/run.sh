@@ -27,6 +27,8 @@ dev_run() {
   trap : INT
   "$BOARDSIM" up Board/boards/dev.toml --state "$BOARD_STATE" --fresh
   export HWAPI_RUN=$BOARD_STATE/run
+  echo "to use the board from another terminal as well:"
+  echo "export PATH=$PWD/${BOARDSIM%/*}:$PWD/${CLMCTL%/*}:\$PATH"
   local status=0
   ${duration:+timeout --foreground --signal=INT --kill-after=10s "$duration"} "$CLMCTL" temp watch Kel || status=$?
   # 124: the time that was asked for is over.
