@@ -29,7 +29,6 @@ class LossLog {
       TellRecovery();
     }
   }
-  bool Losing() const { return m_lost != 0; }
 
  private:
   void TellRecovery();
