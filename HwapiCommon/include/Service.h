@@ -83,7 +83,7 @@ class Service {
   /// @throw InitFailedException when Init throws it
   void Startup(int argc, char** argv);
 
-  /// Takes a delegate over, for the life of the service. Of two for one id the newer one answers.
+  /// Takes a delegate over and keeps it while it can be called. Of two for one id the newer one answers.
   void AddMsgDelegate(MsgDelegateBase* delegate);
   /// Blocks until the tag holds @p value (4 bytes).
   /// @throw MsgHandlingException when the service is stopped meanwhile
@@ -92,6 +92,8 @@ class Service {
   ArgumentParser& GetArgumentParser();
   /// Non-zero: Debug lines are logged.
   void SetVerbose(u32 verbose);
+  /// @return the state of SetServiceStateRad; 0 while the service is in the state that all services share, as it is
+  ///         until SetUseCommonServiceState(0)
   u32 GetServiceStateRad() const;
   /// Non-zero: the service is in the state that all services share; 0: in the one of SetServiceStateRad.
   void SetUseCommonServiceState(u32 common);
