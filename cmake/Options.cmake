@@ -33,6 +33,9 @@ if(CLM_COVERAGE)
   add_link_options(--coverage)
 endif()
 
+# Code and constants of a library share a mapping: a start maps and touches fewer pages.
+add_link_options($<$<CONFIG:Release>:-Wl,-z,noseparate-code>)
+
 find_package(Threads REQUIRED)
 find_program(CCACHE ccache)
 if(CCACHE)
