@@ -25,8 +25,11 @@ TEST(Sandbox, KeepsTheRunDirectoryAtItsPlace) {
   EXPECT_TRUE(Contains(SandboxCommand(kState, {"CLM"}, -1), {"--bind", "/tmp/board/run", "/tmp/board/run"}));
 }
 
-TEST(Sandbox, ShowsTheHostReadOnly) {
-  EXPECT_TRUE(Contains(SandboxCommand(kState, {"CLM"}, -1), {"--ro-bind", "/usr", "/usr"}));
+TEST(Sandbox, ShowsTheHostReadOnlyAtItsPlace) {
+  const auto command = SandboxCommand(kState, {"CLM"}, -1);
+  const auto bound = std::find(command.begin(), command.end(), "--ro-bind");
+  ASSERT_GT(command.end() - bound, 2);
+  EXPECT_EQ(bound[1], bound[2]);
 }
 
 TEST(Sandbox, EndsWithItsParent) { EXPECT_TRUE(Contains(SandboxCommand(kState, {"CLM"}, -1), {"--die-with-parent"})); }
