@@ -39,6 +39,23 @@ TEST_P(FanPollingStartTest, RecipientWithoutATaskIsTheRequester) {
                            "Recipient for API_FAN_SPEED_IND_MSG not given, request sender: 0x2030abc is used instead"));
 }
 
+TEST_P(FanPollingStartTest, RequesterIsTakenOnceTheTimerMessageExists) {
+  Ask(SpeedRequest{});
+  EXPECT_TRUE(
+      fake::CalledInOrder({{"AaSysComMsgCreate", 0x2C78, 8, kFanEndpoint},
+                           {"AaSysLogPrintE", EAaSysLogSeverityLevel_Info, 0x20047,
+                            "Recipient for API_FAN_SPEED_IND_MSG not given, request sender: 0x2030abc is used instead"},
+                           {"AaSysTimermCreate"}}));
+}
+
+TEST_P(FanPollingStartTest, TimerThatCannotBeCreatedIsLoggedBeforeItsMessageIsDestroyed) {
+  fake::FailCall("AaSysTimermCreate");
+  Ask(SpeedRequest{});
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"AaSysLogPrintE", EAaSysLogSeverityLevel_Warning, 0x20047, "Could not start Fan speed polling!"},
+       {"AaSysComMsgDestroy", 0x2C78}}));
+}
+
 TEST_P(FanPollingStartTest, FirstRequestDeletesNoTimer) {
   Ask(SpeedRequest{});
   EXPECT_TRUE(fake::Calls("AaSysTimerDelete").empty());
