@@ -60,6 +60,7 @@ extern "C" {
 int ddal_fan_set_fan_pwm_freq(ddal_fan_id_t fan, int hertz) {
   const Lock lock;
   if (const auto failure = Record({"ddal_fan_set_fan_pwm_freq", fan, hertz})) return *failure;
+  if (hertz <= 0) return DDAL_ERR_INVALID;
   return Set(fan, &Fan::hertz, hertz);
 }
 

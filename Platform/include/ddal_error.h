@@ -14,6 +14,7 @@ enum EDdalError : int {
   DDAL_ERR_NOT_SUPPORTED = -4,  ///< the device has no such function
   DDAL_ERR_NOT_RUNNING = -5,    ///< simulated hardware that nobody simulates
   DDAL_ERR_CONFIG = -6,         ///< the board description does not fit the machine
+  DDAL_ERR_BUSY = -7,           ///< another process has the device
   DDAL_ERR_NOT_PLAUSIBLE = -1001,
   DDAL_ERR_RF_ASIC_OFF = -1004
 };

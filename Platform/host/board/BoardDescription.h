@@ -86,7 +86,8 @@ struct SimFan {
 struct Fan {
   u32 id = 0;
   std::variant<HwmonFan, SimFan> source;
-  unsigned line = 0;
+  bool optional = false;  ///< the board starts without it
+  unsigned line = 0;      ///< where the description has it
 };
 
 /// A simulated RF part: ASIC and chain of one number.

@@ -137,6 +137,7 @@ void ReadFan(const TomlValue& entry, std::vector<Fan>& fans, Problems& problems)
   if (id) RefuseTwice(fans, &Fan::id, *id, place, entry.line, problems);
   fan.source = ReadSource<decltype(fan.source)>(table, entry, place, "sim = { max_rpm = 6000 }", ReadHwmonFan,
                                                 ReadSimFan, problems);
+  fan.optional = table.Flag("optional").value_or(false);
   if (id) fans.push_back(std::move(fan));
 }
 

@@ -2,14 +2,11 @@
 
 #include "Sysfs.h"
 
-#include <fcntl.h>
 #include <limits.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace hwapi::ddal {
@@ -36,32 +33,6 @@ std::vector<std::string> FindChips(const std::string& chip, const std::string& a
   return folders;
 }
 
-bool IsInputName(std::string_view input) {
-  constexpr std::string_view kStem = "temp";
-  return input.size() > kStem.size() && input.starts_with(kStem) &&
-         input.find_first_not_of("0123456789", kStem.size()) == input.npos;
-}
-
-/// @return path of the attribute of an input or of a label; "" when the chip has none
-std::string InputPath(const std::string& folder, const std::string& input) {
-  constexpr std::string_view kLabel = "_label";
-  if (IsInputName(input)) {
-    const std::string path = folder + '/' + input + "_input";
-    return access(path.c_str(), F_OK) == 0 ? path : std::string();
-  }
-  for (const std::string& name : ListFolder(folder, "temp")) {
-    if (!name.ends_with(kLabel) || ReadLine(folder + '/' + name) != input) continue;
-    return folder + '/' + name.substr(0, name.size() - kLabel.size()) + "_input";
-  }
-  return {};
-}
-
-std::string Listed(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-  return text.empty() ? "none" : text;
-}
-
 std::string ChipsHere() {
   std::vector<std::string> chips;
   for (const std::string& name : ListFolder(ClassFolder(), "hwmon")) {
@@ -72,57 +43,34 @@ std::string ChipsHere() {
   return Listed(chips);
 }
 
-std::string InputsHere(const std::string& folder) {
-  constexpr std::string_view kInput = "_input";
-  std::vector<std::string> inputs;
-  for (std::string name : ListFolder(folder, "temp")) {
-    if (!name.ends_with(kInput)) continue;
-    name.resize(name.size() - kInput.size());
-    const std::string label = ReadLine(folder + '/' + name + "_label");
-    inputs.push_back(label.empty() ? name : name + " (" + label + ')');
-  }
-  return Listed(inputs);
-}
-
 std::string DevicesHere(const std::vector<std::string>& folders) {
   std::vector<std::string> devices;
   for (const std::string& folder : folders) devices.push_back(DeviceName(folder));
   return Listed(devices);
 }
 
-std::string ChipProblem(const board::HwmonTemperature& sensor, const std::vector<std::string>& folders) {
+std::string ChipProblem(const std::string& chip, const std::string& at, const char* device,
+                        const std::vector<std::string>& folders) {
   if (!folders.empty()) {
-    return "several chips are called \"" + sensor.chip +
-           "\"; name one of their devices with at: " + DevicesHere(folders);
+    return "several chips are called \"" + chip + "\"; name one of their devices with at: " + DevicesHere(folders);
   }
-  return "no chip \"" + sensor.chip + '"' + (sensor.at.empty() ? "" : " at \"" + sensor.at + '"') + " in " +
-         ClassFolder() + "; chips here: " + ChipsHere() +
-         "; bind the sensor to one of them, load the chip's driver, or write optional = true";
+  return "no chip \"" + chip + '"' + (at.empty() ? "" : " at \"" + at + '"') + " in " + ClassFolder() +
+         "; chips here: " + ChipsHere() + "; bind the " + device +
+         " to one of them, load the chip's driver, or write optional = true";
 }
 
 }  // namespace
 
-FoundAttribute OpenTemperature(const board::HwmonTemperature& sensor, bool explain) {
-  FoundAttribute found;
-  const std::vector<std::string> folders = FindChips(sensor.chip, sensor.at);
-  if (folders.size() != 1) {
-    found.absent = true;
-    if (explain) found.problem = ChipProblem(sensor, folders);
-    return found;
-  }
-  const std::string path = InputPath(folders.front(), sensor.input);
-  if (path.empty()) {
-    if (explain) {
-      found.problem = "chip \"" + sensor.chip + "\" has no input or label \"" + sensor.input +
-                      "\"; it has: " + InputsHere(folders.front());
-    }
-    return found;
-  }
-  found.fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (found.fd < 0 && explain) {
-    found.problem = path + " cannot be opened: " + std::strerror(errno) + "; let the service's user read it";
-  }
-  return found;
+std::string Listed(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text.empty() ? "none" : text;
+}
+
+FoundChip FindChip(const std::string& chip, const std::string& at, const char* device, bool explain) {
+  std::vector<std::string> folders = FindChips(chip, at);
+  if (folders.size() == 1) return {std::move(folders.front()), {}};
+  return {{}, explain ? ChipProblem(chip, at, device, folders) : std::string()};
 }
 
 }  // namespace hwapi::ddal

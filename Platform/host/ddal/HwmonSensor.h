@@ -2,9 +2,9 @@
 /// A temperature sensor on a chip of the kernel.
 #pragma once
 
+#include "Attribute.h"
 #include "BoardDescription.h"
 
-#include <atomic>
 #include <mutex>
 #include <string>
 
@@ -27,13 +27,11 @@ class HwmonSensor {
   std::string Check();
 
  private:
-  /// Puts the attribute behind m_fd. @return 0, or a driver error code
+  /// Places the attribute. @return 0, or a driver error code
   int Find(std::string* problem);
 
   const board::HwmonTemperature& m_binding;
-  /// Set once to a descriptor that is never closed: a new attribute takes the place of the old one behind the same
-  /// number, so that no reader can meet a descriptor that belongs to something else by now.
-  std::atomic<int> m_fd{-1};
+  Attribute m_input;
   std::mutex m_finding;
 };
 

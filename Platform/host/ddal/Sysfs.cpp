@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -14,11 +15,11 @@
 namespace hwapi::ddal {
 namespace {
 
-/// Parses "[-]digits", and nothing but a line feed behind it.
+/// Parses a first line of "[-]digits".
 bool ParseNumber(std::string_view text, int* number) {
+  text = text.substr(0, text.find('\n'));
   const bool negative = !text.empty() && text.front() == '-';
   if (negative) text.remove_prefix(1);
-  if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
   if (text.empty()) return false;
   unsigned value = 0;
   for (const char c : text) {
@@ -49,6 +50,16 @@ ReadResult ReadNumber(int fd, int* number) {
   // An attribute always shows something; an empty one has lost its device.
   const bool gone = size == 0 || errno == ENODEV || errno == ENXIO || errno == ENOENT;
   return gone ? ReadResult::Gone : ReadResult::Failed;
+}
+
+int WriteNumber(int fd, int number) {
+  char text[16];
+  char* end = std::to_chars(text, text + sizeof text - 1, number).ptr;
+  *end++ = '\n';
+  const ssize_t size = end - text;
+  const ssize_t written = pwrite(fd, text, static_cast<std::size_t>(size), 0);
+  if (written == size) return 0;
+  return written < 0 ? errno : EIO;
 }
 
 std::string ReadLine(const std::string& path) {

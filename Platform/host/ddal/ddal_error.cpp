@@ -1,6 +1,7 @@
 #include "ddal_error.h"
 
 #include "Export.h"
+#include "Fans.h"
 #include "SimHardware.h"
 #include "TemperatureSensors.h"
 
@@ -24,15 +25,22 @@ constexpr ErrorText kErrorTexts[] = {
     {.code = DDAL_ERR_NOT_SUPPORTED, .text = "The device has no such function"},
     {.code = DDAL_ERR_NOT_RUNNING, .text = "Nobody simulates the simulated hardware"},
     {.code = DDAL_ERR_CONFIG, .text = "The board description does not fit"},
+    {.code = DDAL_ERR_BUSY, .text = "Another process has the device"},
     {.code = DDAL_ERR_NOT_PLAUSIBLE, .text = "The readings are not plausible"},
     {.code = DDAL_ERR_RF_ASIC_OFF, .text = "The RF ASIC is not enabled"},
 };
 
-void AddProblem(std::string& problems, const board::Temperature& sensor, const std::string& what) {
-  char place[64];
-  std::snprintf(place, sizeof place, ":%u: temperature 0x%X: ", sensor.line, sensor.device);
+/// @param what "" is no problem
+void AddProblem(std::string& problems, unsigned line, const std::string& device, const std::string& what) {
+  if (what.empty()) return;
   if (!problems.empty()) problems += '\n';
-  problems += board::OwnBoard().path + place + what;
+  problems += board::OwnBoard().path + ':' + std::to_string(line) + ": " + device + ": " + what;
+}
+
+std::string NameOf(const board::Temperature& sensor) {
+  char name[32];
+  std::snprintf(name, sizeof name, "temperature 0x%X", sensor.device);
+  return name;
 }
 
 /// @return what keeps the sensor from being read; "" for an optional one
@@ -47,8 +55,11 @@ std::string CheckSensor(const ddal::TemperatureSensor& sensor) {
 GARDDAL_API int ddal_init(char* problem, u32 size) {
   std::string problems;
   for (const ddal::TemperatureSensor& sensor : ddal::TemperatureSensors()) {
-    const std::string what = CheckSensor(sensor);
-    if (!what.empty()) AddProblem(problems, *sensor.description, what);
+    AddProblem(problems, sensor.description->line, NameOf(*sensor.description), CheckSensor(sensor));
+  }
+  for (const auto& [driver, description] : ddal::ChipFans()) {
+    if (description->optional) continue;
+    AddProblem(problems, description->line, "fan " + std::to_string(description->id), driver->Check());
   }
   if (problem != nullptr && size != 0) std::snprintf(problem, size, "%s", problems.c_str());
   return problems.empty() ? DDAL_OK : DDAL_ERR_CONFIG;

@@ -42,7 +42,7 @@ TEST(Drivers, FindEveryDeviceOfTheBoard) {
 }
 
 TEST(ErrorText, ExistsForEveryCode) {
-  for (const int code : {DDAL_OK + 0, -1, -2, -3, -4, -5, -6, -1001, -1004, 1, 12345, INT_MAX, INT_MIN}) {
+  for (const int code : {DDAL_OK + 0, -1, -2, -3, -4, -5, -6, -7, -1001, -1004, 1, 12345, INT_MAX, INT_MIN}) {
     std::array<char, 100> buffer;
     buffer.fill('x');
     EXPECT_EQ(ddal_strerror(code, buffer.data(), buffer.size()), buffer.data());
@@ -76,38 +76,52 @@ TEST(Sensor, ThatIsAbsentLeavesTheOutput) {
 
 TEST(Sensor, NeedsAnOutput) { EXPECT_EQ(ddal_temp_get_curr(rig::kSensor, nullptr), DDAL_ERR_INVALID); }
 
-TEST(Fan, KeepsItsControlValue) {
+/// Every kind of fan that the board has.
+class Fan : public testing::TestWithParam<ddal_fan_id_t> {};
+
+INSTANTIATE_TEST_SUITE_P(Fans, Fan, testing::Values(rig::kFan, rig::kChipFan));
+
+TEST_P(Fan, KeepsItsControlValue) {
   for (const u32 set : {0u, 55u, 100u}) {
-    EXPECT_EQ(ddal_fan_set_pwm(rig::kFan, set), DDAL_OK);
+    EXPECT_EQ(ddal_fan_set_pwm(GetParam(), set), DDAL_OK);
     int control = -1;
-    EXPECT_EQ(ddal_fan_get_pwm(rig::kFan, &control), DDAL_OK);
+    EXPECT_EQ(ddal_fan_get_pwm(GetParam(), &control), DDAL_OK);
     EXPECT_EQ(control, static_cast<int>(set));
   }
 }
 
-TEST(Fan, RefusesMoreThanFullSpeed) {
-  EXPECT_EQ(ddal_fan_set_pwm(rig::kFan, 40), DDAL_OK);
-  EXPECT_EQ(ddal_fan_set_pwm(rig::kFan, 101), DDAL_ERR_INVALID);
-  EXPECT_EQ(ddal_fan_set_pwm(rig::kFan, 0xFFFFFFFF), DDAL_ERR_INVALID);
+TEST_P(Fan, RefusesMoreThanFullSpeed) {
+  EXPECT_EQ(ddal_fan_set_pwm(GetParam(), 40), DDAL_OK);
+  EXPECT_EQ(ddal_fan_set_pwm(GetParam(), 101), DDAL_ERR_INVALID);
+  EXPECT_EQ(ddal_fan_set_pwm(GetParam(), 0xFFFFFFFF), DDAL_ERR_INVALID);
   int control = 0;
-  ddal_fan_get_pwm(rig::kFan, &control);
+  ddal_fan_get_pwm(GetParam(), &control);
   EXPECT_EQ(control, 40);
 }
 
-TEST(Fan, KeepsItsFrequency) {
-  EXPECT_EQ(ddal_fan_set_fan_pwm_freq(rig::kFan, 1000), DDAL_OK);
+TEST_P(Fan, KeepsItsFrequency) {
+  EXPECT_EQ(ddal_fan_set_fan_pwm_freq(GetParam(), 1000), DDAL_OK);
   int hertz = 0;
-  EXPECT_EQ(ddal_fan_get_fan_pwm_freq(rig::kFan, &hertz), DDAL_OK);
+  EXPECT_EQ(ddal_fan_get_fan_pwm_freq(GetParam(), &hertz), DDAL_OK);
   EXPECT_EQ(hertz, 1000);
 }
 
-TEST(Fan, TellsItsSpeed) {
+TEST_P(Fan, RefusesAFrequencyOfNothing) {
+  EXPECT_EQ(ddal_fan_set_fan_pwm_freq(GetParam(), 5000), DDAL_OK);
+  EXPECT_EQ(ddal_fan_set_fan_pwm_freq(GetParam(), 0), DDAL_ERR_INVALID);
+  EXPECT_EQ(ddal_fan_set_fan_pwm_freq(GetParam(), -1), DDAL_ERR_INVALID);
+  int hertz = 0;
+  ddal_fan_get_fan_pwm_freq(GetParam(), &hertz);
+  EXPECT_EQ(hertz, 5000);
+}
+
+TEST_P(Fan, TellsItsSpeed) {
   int rpm = -1;
-  EXPECT_EQ(ddal_fan_get_rpm(rig::kFan, &rpm), DDAL_OK);
+  EXPECT_EQ(ddal_fan_get_rpm(GetParam(), &rpm), DDAL_OK);
   EXPECT_GE(rpm, 0);
 }
 
-TEST(Fan, ThatIsAbsentLeavesTheOutputs) {
+TEST(AbsentFan, LeavesTheOutputs) {
   int value = 5;
   EXPECT_EQ(ddal_fan_get_rpm(rig::kAbsentFan, &value), DDAL_ERR_NO_DEVICE);
   EXPECT_EQ(ddal_fan_get_pwm(rig::kAbsentFan, &value), DDAL_ERR_NO_DEVICE);
@@ -117,10 +131,10 @@ TEST(Fan, ThatIsAbsentLeavesTheOutputs) {
   EXPECT_EQ(value, 5);
 }
 
-TEST(Fan, NeedsAnOutput) {
-  EXPECT_EQ(ddal_fan_get_rpm(rig::kFan, nullptr), DDAL_ERR_INVALID);
-  EXPECT_EQ(ddal_fan_get_pwm(rig::kFan, nullptr), DDAL_ERR_INVALID);
-  EXPECT_EQ(ddal_fan_get_fan_pwm_freq(rig::kFan, nullptr), DDAL_ERR_INVALID);
+TEST_P(Fan, NeedsAnOutput) {
+  EXPECT_EQ(ddal_fan_get_rpm(GetParam(), nullptr), DDAL_ERR_INVALID);
+  EXPECT_EQ(ddal_fan_get_pwm(GetParam(), nullptr), DDAL_ERR_INVALID);
+  EXPECT_EQ(ddal_fan_get_fan_pwm_freq(GetParam(), nullptr), DDAL_ERR_INVALID);
 }
 
 TEST(Rf, NeedsAnOutput) {

@@ -19,6 +19,7 @@ inline constexpr u32 kOwnNid = 0x0301;
 inline constexpr u32 kSensor = 0x10002;        ///< a sensor that the board has
 inline constexpr u32 kAbsentSensor = 0x77777;  ///< one that it does not have
 inline constexpr ddal_fan_id_t kFan = 1;       ///< a fan that the board has
+inline constexpr ddal_fan_id_t kChipFan = 2;   ///< another one, on a chip of the kernel where the platform has any
 inline constexpr ddal_fan_id_t kAbsentFan = 7;
 inline constexpr u32 kRad = 0x200B5;
 inline constexpr u32 kRadValue = 24;

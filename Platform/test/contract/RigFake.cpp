@@ -14,7 +14,7 @@ class FakeBoard : public testing::Environment {
     fake::MakeDir(kDirectory);
     fake::SetRad(rig::kRad, rig::kRadValue);
     fake::SetTemperature(rig::kSensor, 20000);
-    fake::SetFan(rig::kFan, {});
+    for (const ddal_fan_id_t fan : {rig::kFan, rig::kChipFan}) fake::SetFan(fan, {});
     fake::Unit() = {rig::kUnitType, rig::kUnitVersion, rig::kProductionCode, rig::kSerialNumber};
     fake::BoardData& board = fake::Board();
     board.backplaneType = rig::kBackplane;

@@ -25,6 +25,7 @@ void WriteDescription(const std::string& path) {
        << "[rad]\n\"0x200B5\" = " << rig::kRadValue << "\n"
        << "[[temperature]]\ndevice = " << rig::kSensor << "\nsim = { base = 20.0 }\n"
        << "[[fan]]\nid = " << rig::kFan << "\nsim = { max_rpm = 6000 }\n"
+       << "[[fan]]\nid = " << rig::kChipFan << "\nhwmon = { chip = 'emc2305', fan = 'fan1', pwm = 'pwm1' }\n"
        << "[backplane]\ntype = " << rig::kBackplane << "\n"
        << "[boot]\nactive = " << rig::kActiveFileSystem << "\nimage = " << rig::kImage
        << "\nreset_loop_count = " << rig::kResetLoopCount << "\n"
@@ -33,6 +34,17 @@ void WriteDescription(const std::string& path) {
        << "\necc_double = " << rig::kEccDouble << "\n"
        << "[psu]\nvendor = \"" << rig::kPsuVendor << "\"\n"
        << "[filter]\nproduct_code = \"" << rig::kFilterProductCode << "\"\nhwswid = " << rig::kFilterHwswid << "\n";
+}
+
+/// A made-up device tree with the fan chip of the board.
+void MakeDeviceTree(const std::filesystem::path& root) {
+  const std::filesystem::path chip = root / "class/hwmon/hwmon0";
+  std::filesystem::create_directories(chip);
+  std::ofstream(chip / "name") << "emc2305\n";
+  std::ofstream(chip / "fan1_input") << "6000\n";
+  std::ofstream(chip / "pwm1") << "80\n";
+  std::ofstream(chip / "pwm1_enable") << "2\n";
+  std::ofstream(chip / "pwm1_freq") << "25000\n";
 }
 
 class HostBoard : public testing::Environment {
@@ -44,6 +56,8 @@ class HostBoard : public testing::Environment {
     std::filesystem::create_directory(g_root + "/run");
     std::filesystem::create_directory(g_root + "/files");
     WriteDescription(g_root + "/board.toml");
+    MakeDeviceTree(g_root + "/sys");
+    setenv("HWAPI_SYSFS", (g_root + "/sys").c_str(), 1);
     setenv("HWAPI_RUN", (g_root + "/run").c_str(), 1);
     setenv("HWAPI_BOARD", (g_root + "/board.toml").c_str(), 1);
     for (const char* supervisor : {"NOTIFY_SOCKET", "WATCHDOG_USEC"}) unsetenv(supervisor);

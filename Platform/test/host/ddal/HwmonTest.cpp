@@ -1,7 +1,6 @@
 // Sensors on chips of the kernel, in a made-up device tree.
 #include "TestBoard.h"
 #include "ddal_error.h"
-#include "ddal_fan.h"
 #include "ddal_sim.h"
 #include "ddal_temp.h"
 
@@ -219,13 +218,6 @@ TEST_F(HwmonTest, InitCutsTheProblemToTheRoomThereIs) {
 TEST_F(HwmonTest, ASensorOnAChipCannotBeSimulated) {
   Bind("chip = 'lm75', input = 'temp1'");
   EXPECT_EQ(ddal_sim_temp_set(kDevice, 1), DDAL_ERR_NOT_SUPPORTED);
-}
-
-TEST_F(HwmonTest, AFanOnAChipIsNotSupported) {
-  m_board.Describe("[[fan]]\nid = 0\nhwmon = { chip = 'c', fan = 'fan1', pwm = 'pwm1' }");
-  int value = 0;
-  EXPECT_EQ(ddal_fan_get_rpm(0, &value), DDAL_ERR_NOT_SUPPORTED);
-  EXPECT_EQ(ddal_fan_set_pwm(0, 50), DDAL_ERR_NOT_SUPPORTED);
 }
 
 }  // namespace

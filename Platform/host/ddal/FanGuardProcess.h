@@ -1,0 +1,14 @@
+/// @file
+/// The process that hands the fans back.
+#pragma once
+
+namespace hwapi::ddal {
+
+/// Is the fan guard: takes records of fans until the other side of @p socket is gone, then writes what they say back
+/// and ends. Called in a forked child of a process with threads, hence async-signal-safe throughout. All signals are
+/// blocked by the caller.
+/// @param socket where the records come from, and an end of file with the death of the process that sends them
+/// @param lock   held until the fans are handed back; every other descriptor is closed
+[[noreturn]] void RunFanGuard(int socket, int lock);
+
+}  // namespace hwapi::ddal

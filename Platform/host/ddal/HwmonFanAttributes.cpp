@@ -1,0 +1,67 @@
+#include "Hwmon.h"
+#include "Sysfs.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace hwapi::ddal {
+namespace {
+
+/// @return names of the chip's fans and PWM outputs
+std::string FansHere(const std::string& folder) {
+  constexpr std::string_view kInput = "_input";
+  std::vector<std::string> names;
+  for (const std::string& name : ListFolder(folder, "fan")) {
+    if (name.ends_with(kInput)) names.push_back(name.substr(0, name.size() - kInput.size()));
+  }
+  for (std::string& name : ListFolder(folder, "pwm")) {
+    if (name.find('_') == name.npos) names.push_back(std::move(name));
+  }
+  return Listed(names);
+}
+
+/// Opens an attribute that the fan cannot do without.
+/// @param name what the description calls it
+/// @param problem null: nobody reads it
+Descriptor OpenNeeded(const std::string& folder, const std::string& attribute, int access, const board::HwmonFan& fan,
+                      const std::string& name, std::string* problem) {
+  const std::string path = folder + '/' + attribute;
+  Descriptor opened(open(path.c_str(), access | O_CLOEXEC));
+  if (opened.Open() || problem == nullptr || !problem->empty()) return opened;
+  if (errno == ENOENT) {
+    *problem = "chip \"" + fan.chip + "\" has no \"" + name + "\"; it has: " + FansHere(folder);
+  } else {
+    *problem = path + " cannot be opened: " + std::strerror(errno) + "; let the service's user " +
+               (access == O_RDONLY ? "read it" : "read and write it, or bind the fan to one that can be driven");
+  }
+  return opened;
+}
+
+/// Opens an attribute that not every chip has, and not every chip lets one change.
+Descriptor OpenWhereThereIsOne(const std::string& path) {
+  Descriptor changeable(open(path.c_str(), O_RDWR | O_CLOEXEC));
+  return changeable.Open() ? std::move(changeable) : Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+}  // namespace
+
+FoundFan OpenFan(const board::HwmonFan& fan, bool explain) {
+  FoundChip chip = FindChip(fan.chip, fan.at, "fan", explain);
+  FoundFan found;
+  found.absent = chip.folder.empty();
+  found.problem = std::move(chip.problem);
+  if (found.absent) return found;
+  std::string* problem = explain ? &found.problem : nullptr;
+  found.rpm = OpenNeeded(chip.folder, fan.fan + "_input", O_RDONLY, fan, fan.fan, problem);
+  found.pwm = OpenNeeded(chip.folder, fan.pwm, O_RDWR, fan, fan.pwm, problem);
+  found.mode = OpenWhereThereIsOne(chip.folder + '/' + fan.pwm + "_enable");
+  found.frequency = OpenWhereThereIsOne(chip.folder + '/' + fan.pwm + "_freq");
+  found.target = OpenWhereThereIsOne(chip.folder + '/' + fan.fan + "_target");
+  return found;
+}
+
+}  // namespace hwapi::ddal
