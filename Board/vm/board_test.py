@@ -9,6 +9,8 @@ import sys
 import time
 import unittest
 
+import fan_messages
+import service
 from machine import Machine
 
 # Sensors of the group "Kel", the chips they are bound to by Board/boards/arm-board.toml, and those chips' channels.
@@ -16,22 +18,15 @@ MCU, ENV, INTAKE = ("KEL_MCU", "mcu", None), ("KEL_ENV", "env", None), ("KEL_INT
 KEL, VORNIK = ("KEL", "remote", 0), ("KEL_VORNIK", "remote", 1)
 GROUP = {"KEL_MCU", "KEL", "KEL_ENV", "KEL_VORNIK", "KEL_INTAKE"}
 
-SERVICE_SECONDS = 60
+# Fans by the service's number; the kernel counts them from 1.
+FAN1, FAN2, FAN3 = 201, 202, 203
+RPM_PER_CENT = 300  # of the fan chip's model
+MANUAL, KEEPS_SPEED, AUTOMATIC = 1, 2, 3  # modes of the fan chip's driver
+
 DRIVER_SECONDS = 30  # seconds; the driver of the tmp423 keeps a value for a while
 
 machine = None
 table = []  # rows of what was set and read
-
-
-def wait_for_service():
-    """Returns once the temperature service has told that it is up."""
-    deadline = time.monotonic() + SERVICE_SECONDS
-    while True:
-        status, output = machine.run("clmctl tag get app.hwapi.online.4b6 --json 2>&1")
-        if status == 0 and json.loads(output)["number"] == 6:
-            return
-        if time.monotonic() > deadline:
-            sys.exit(f"the service is not up within {SERVICE_SECONDS} s: {output}{machine.run('cat /var/log/clm.log')[1]}")
 
 
 def readings(group="Kel"):
@@ -134,6 +129,76 @@ class EmulatedBoard(unittest.TestCase):
         self.assertEqual(self.settle(ENV, -7125), -7125)
 
 
+class EmulatedFans(unittest.TestCase):
+    def setUp(self):
+        self.chip = self.run_on_board("grep -l max31785 /sys/class/hwmon/*/name").rsplit("/", 1)[0]
+
+    def run_on_board(self, command):
+        status, output = machine.run(command)
+        self.assertEqual(status, 0, f"{command}: {output}")
+        return output
+
+    def attribute(self, name):
+        return int(self.run_on_board(f"cat {self.chip}/{name}"))
+
+    def state(self):
+        """Of every fan: its mode, and what holds in that mode."""
+        holds = {MANUAL: "pwm{}", KEEPS_SPEED: "fan{}_target", AUTOMATIC: "pwm{}_enable"}
+        modes = {fan: self.attribute(f"pwm{fan}_enable") for fan in (1, 2, 3)}
+        return [(mode, self.attribute(holds[mode].format(fan))) for fan, mode in modes.items()]
+
+    def send(self, message, payload, expect=1):
+        """Sends the fan service a message; returns the payloads of those that come back, by id."""
+        output = self.run_on_board(f"clmctl send --to {fan_messages.TASK:#x} --id {message:#x} --hex {payload.hex()} "
+                                   f"--expect {expect} --timeout 60s --json")
+        answers = map(json.loads, output.splitlines())
+        return {int(answer["id"], 16): bytes.fromhex(answer["payload_hex"]) for answer in answers}
+
+    def set_speeds(self, speeds, expect=1):
+        answers = self.send(fan_messages.SET_SPEED, fan_messages.speed_request(speeds, 8), expect)
+        self.assertEqual(fan_messages.response_status(answers[fan_messages.SET_SPEED + 1]), fan_messages.NO_ERROR)
+        return answers
+
+    def restart_after(self, signal):
+        """Lets the service change fans that somebody, something and nobody controlled, and ends it."""
+        service.end(machine, "TERM")
+        for value, name in ((77, "pwm1"), (5000, "fan2_target"), (AUTOMATIC, "pwm3_enable")):
+            self.run_on_board(f"echo {value} >{self.chip}/{name}")
+        service.start(machine)
+        found = self.state()
+        self.assertEqual(found, [(MANUAL, 30), (KEEPS_SPEED, 5000), (AUTOMATIC, AUTOMATIC)])
+        self.set_speeds({FAN1: 100, FAN2: 40, FAN3: 50})
+        self.assertEqual(self.state(), [(MANUAL, 100), (MANUAL, 40), (MANUAL, 50)])
+        service.end(machine, signal)
+        self.assertEqual(self.state(), found)
+        service.start(machine)
+
+    def test_a_speed_is_the_chips_control_value_in_manual_mode(self):
+        self.set_speeds({FAN1: 60})
+        self.assertEqual(self.attribute("pwm1_enable"), MANUAL)
+        self.assertEqual(self.attribute("pwm1"), 60)  # of 100: this driver takes 255ths, and shows per cent
+        self.assertEqual(self.attribute("fan1_input"), 60 * RPM_PER_CENT)
+
+    def test_the_speed_that_the_kernel_tells_is_the_one_reported(self):
+        answers = self.set_speeds({FAN1: 60, FAN2: 30}, expect=2)
+        told = {FAN1: self.attribute("fan1_input"), FAN2: self.attribute("fan2_input")}
+        self.assertEqual(fan_messages.rpm_by_fan(answers[fan_messages.SPEED_INDICATION]), told)
+        self.assertGreater(told[FAN1], told[FAN2])
+        self.assertGreater(told[FAN2], 0)
+
+    def test_a_frequency_is_refused_as_the_chip_has_none(self):
+        request = fan_messages.frequency_request(FAN1, fan_messages.FREQUENCY_1K)
+        answer = self.send(fan_messages.SET_FREQUENCY, request)[fan_messages.SET_FREQUENCY + 1]
+        self.assertEqual(fan_messages.response_status(answer), fan_messages.INVALID_PARAMETER)
+        self.run_on_board(f"grep 'Setting pwm freq 1kHz for 0xc9 failed.*no such function' {service.LOG}")
+
+    def test_fans_are_handed_back_when_the_service_is_told_to_end(self):
+        self.restart_after("TERM")
+
+    def test_fans_are_handed_back_when_the_service_is_killed(self):
+        self.restart_after("KILL")
+
+
 def print_table():
     print(f"\n{'sensor':<12} {'set outside':>12}  reported inside")
     for sensor, was_set, reported in table:
@@ -147,7 +212,7 @@ def main():
         sys.exit(__doc__)
     start = time.monotonic()
     with Machine(sys.argv[1]) as machine:
-        wait_for_service()
+        service.wait_until_up(machine)
         print(f"board and service started in {time.monotonic() - start:.1f} s", flush=True)
         program = unittest.main(argv=[sys.argv[0], *sys.argv[2:]], exit=False, verbosity=2)
         print_table()

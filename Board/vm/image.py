@@ -16,7 +16,7 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 # Kernel modules the board needs; what these need comes by itself.
-MODULES = ["i2c-aspeed", "i2c-dev", "lm75", "tmp421"]
+MODULES = ["i2c-aspeed", "i2c-dev", "lm75", "max31785", "tmp421"]
 PROGRAMS = ["CLM", "clmctl"]
 CROSS_LIBRARIES = Path("/usr/arm-linux-gnueabihf/lib")
 

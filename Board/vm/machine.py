@@ -10,7 +10,8 @@ import time
 from pathlib import Path
 
 # What is soldered to the board's third I2C bus: id, model and bus address. The board's /init tells the kernel of them.
-CHIPS = [("mcu", "tmp105", 0x48), ("env", "tmp105", 0x49), ("intake", "tmp105", 0x4A), ("remote", "tmp423", 0x4C)]
+CHIPS = [("mcu", "tmp105", 0x48), ("env", "tmp105", 0x49), ("intake", "tmp105", 0x4A), ("remote", "tmp423", 0x4C),
+         ("fans", "max31785", 0x52)]
 
 PROMPT = "board# "  # PS1 of the board's shell, see init
 BOOT_SECONDS = 120
