@@ -25,7 +25,7 @@ void AddUpCommand(CLI::App& app, Settings& settings);
 void AddSimulateCommand(CLI::App& app, Settings& settings);
 void AddDownCommand(CLI::App& app, Settings& settings);
 void AddStatusCommand(CLI::App& app, Settings& settings);
-/// temp, tag, clock
+/// temp, fan, tag, clock
 void AddControlCommands(CLI::App& app, Settings& settings);
 void AddDetectCommand(CLI::App& app, Settings& settings);
 

@@ -2,10 +2,12 @@
 
 #include "AaSysCom.h"
 #include "BoardDescription.h"
+#include "PayloadView.h"
 #include "SimError.h"
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -14,6 +16,8 @@ namespace boardsim {
 namespace {
 
 constexpr std::chrono::seconds kTimeout{5};
+
+using ps::hwapi::common::PayloadView;
 
 struct Destroyer {
   void operator()(void* msg) const { AaSysComMsgDestroy(&msg); }
@@ -47,29 +51,42 @@ Message Exchange(u32 requestId, const void* payload, u32 size, u16 responseId) {
   return response;
 }
 
+/// Asks for a change of the hardware. @return the driver's error code
+template <typename Request>
+i32 RequestChange(u32 requestId, const Request& request, u16 responseId) {
+  const Message response = Exchange(requestId, &request, sizeof request, responseId);
+  return PayloadView(response.get()).Get<ChangeResp>(0).error;
+}
+
+/// @return up to @p count records at @p offset, which moves behind them; no more than the payload holds
+template <typename Record>
+std::vector<Record> Records(const PayloadView& payload, std::size_t& offset, u32 count) {
+  const std::size_t room = payload.Size() > offset ? payload.Size() - offset : 0;
+  std::vector<Record> records(std::min<std::size_t>(count, room / sizeof(Record)));
+  for (Record& record : records) {
+    record = payload.Get<Record>(offset);
+    offset += sizeof(Record);
+  }
+  return records;
+}
+
 }  // namespace
 
 i32 RequestTemp(const TempReq& request) {
-  const Message response = Exchange(BOARDSIM_TEMP_REQ_MSG, &request, sizeof request, BOARDSIM_TEMP_RESP_MSG);
-  TempResp answer{};
-  const u32 size = AaSysComMsgGetPayloadSize(response.get());
-  if (size != 0)
-    std::memcpy(&answer, AaSysComMsgGetPayload(response.get()), std::min<std::size_t>(size, sizeof answer));
-  return answer.error;
+  return RequestChange(BOARDSIM_TEMP_REQ_MSG, request, BOARDSIM_TEMP_RESP_MSG);
 }
+
+i32 RequestFan(const FanReq& request) { return RequestChange(BOARDSIM_FAN_REQ_MSG, request, BOARDSIM_FAN_RESP_MSG); }
 
 SimulatorStatus RequestStatus() {
   const Message response = Exchange(BOARDSIM_STATUS_REQ_MSG, nullptr, 0, BOARDSIM_STATUS_RESP_MSG);
-  const std::size_t size = AaSysComMsgGetPayloadSize(response.get());
+  const PayloadView payload(response.get());
+  if (payload.Size() < sizeof(StatusResp)) FailUnreachable("the simulator's answer is too short");
   SimulatorStatus status{};
-  if (size < sizeof status.header) FailUnreachable("the simulator's answer is too short");
-  const auto* payload = static_cast<const u8*>(AaSysComMsgGetPayload(response.get()));
-  std::memcpy(&status.header, payload, sizeof status.header);
-  status.sensors.resize(
-      std::min<std::size_t>(status.header.sensorCount, (size - sizeof status.header) / sizeof(SensorStatus)));
-  if (!status.sensors.empty()) {
-    std::memcpy(status.sensors.data(), payload + sizeof status.header, status.sensors.size() * sizeof(SensorStatus));
-  }
+  status.header = payload.Get<StatusResp>(0);
+  std::size_t offset = sizeof(StatusResp);
+  status.sensors = Records<SensorStatus>(payload, offset, status.header.sensorCount);
+  status.fans = Records<FanStatus>(payload, offset, status.header.fanCount);
   return status;
 }
 

@@ -8,15 +8,18 @@
 
 namespace boardsim {
 
-/// A simulator's status with all its sensors.
+/// A simulator's status with all its sensors and fans.
 struct SimulatorStatus {
   StatusResp header;
   std::vector<SensorStatus> sensors;
+  std::vector<FanStatus> fans;
 };
 
 /// @return the driver's error code the simulator answered; 0 when it did what was asked
 /// @throw SimError (unreachable) when no simulator answers on the board of HWAPI_RUN
 i32 RequestTemp(const TempReq& request);
+/// @return, @throw as RequestTemp
+i32 RequestFan(const FanReq& request);
 /// @throw as RequestTemp
 SimulatorStatus RequestStatus();
 

@@ -1,9 +1,10 @@
 /// @file
-/// boardsim temp, tag, clock: each changes one thing on a running board.
+/// boardsim temp, fan, tag, clock: each changes one thing on a running board.
 #include "AaConfig.h"
 #include "BoardDescription.h"
 #include "Commands.h"
 #include "ControlClient.h"
+#include "FanNames.h"
 #include "SimError.h"
 #include "Values.h"
 #include "ddal_error.h"
@@ -44,17 +45,43 @@ std::string SimulatedDevices() {
   return text.empty() ? " none" : text;
 }
 
+/// @throw SimError (refused) for an error code of the driver
+void ExpectDone(i32 error) {
+  if (error == 0) return;
+  char text[80];
+  throw SimError(ExitCode::Refused, std::string("the hardware refuses: ") + ddal_strerror(error, text, sizeof text));
+}
+
 void RunTemp(const ControlArguments& arguments, const Settings& settings) {
   const TempReq request = ParseTemp(arguments.target, arguments.value);
   JoinBoard(settings);
   const i32 error = RequestTemp(request);
-  if (error == 0) return;
   if (error == DDAL_ERR_NO_DEVICE) {
     throw SimError(ExitCode::Refused,
                    arguments.target + " is no simulated sensor of this board; there are" + SimulatedDevices());
   }
-  char text[80];
-  throw SimError(ExitCode::Refused, std::string("the hardware refuses: ") + ddal_strerror(error, text, sizeof text));
+  ExpectDone(error);
+}
+
+std::string SimulatedFans() {
+  std::string text;
+  for (const hwapi::board::Fan& fan : hwapi::board::OwnBoard().fans) {
+    if (!std::holds_alternative<hwapi::board::SimFan>(fan.source)) continue;
+    const std::string name = FanNameOf(fan.id);
+    text += " " + std::to_string(fan.id) + (name.empty() ? "" : " (" + name + ")");
+  }
+  return text.empty() ? " none" : text;
+}
+
+void RunFan(const ControlArguments& arguments, const Settings& settings) {
+  const FanReq request = ParseFan(arguments.target, arguments.value);
+  JoinBoard(settings);
+  const i32 error = RequestFan(request);
+  if (error == DDAL_ERR_NO_DEVICE) {
+    throw SimError(ExitCode::Refused,
+                   arguments.target + " is no simulated fan of this board; there are" + SimulatedFans());
+  }
+  ExpectDone(error);
 }
 
 void RunTag(const ControlArguments& arguments, const Settings& settings) {
@@ -90,6 +117,12 @@ void AddControlCommands(CLI::App& app, Settings& settings) {
   CLI::App* temp = add("temp", "Let a simulated sensor show a value, fail, or follow the physics again", RunTemp);
   temp->add_option("DEVICE", arguments->target, "Device id, e.g. 0x10000")->required();
   temp->add_option("VALUE", arguments->value, "Degrees Celsius, fail=CODE, or auto")->required();
+  CLI::App* fan = add("fan", "Let a simulated fan stick, fail, or follow the physics again", RunFan);
+  fan->add_option("ID", arguments->target, "Driver id from 0, 201 to 203, or GAR_FAN1 to GAR_FAN3")->required();
+  fan->add_option("VALUE", arguments->value,
+                  "rpm=N (stuck at that speed; 0 stands still), fail-read=CODE, fail-write=CODE, fail=CODE (both), or "
+                  "auto (none of these); each leaves the others as they are")
+      ->required();
   CLI::App* tag = add("tag", "Set a public configuration tag", RunTag);
   tag->add_option("NAME", arguments->target, "Name of the tag")->required();
   tag->add_option("VALUE", arguments->value, "A number (4 bytes) or text; text:... is text")->required();

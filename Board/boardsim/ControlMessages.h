@@ -13,10 +13,12 @@ namespace boardsim {
 inline constexpr u32 BOARDSIM_TASK = 0x7FB0;
 
 inline constexpr u32 BOARDSIM_TEMP_REQ_MSG = 0xFF40;
-inline constexpr u32 BOARDSIM_TEMP_RESP_MSG = 0xFF41;
+inline constexpr u32 BOARDSIM_TEMP_RESP_MSG = 0xFF41;   ///< a ChangeResp
 inline constexpr u32 BOARDSIM_STATUS_REQ_MSG = 0xFF42;  ///< no payload
 inline constexpr u32 BOARDSIM_STATUS_RESP_MSG = 0xFF43;
 inline constexpr u32 BOARDSIM_TICK_IND_MSG = 0xFF44;  ///< the simulator's own timer, no payload
+inline constexpr u32 BOARDSIM_FAN_REQ_MSG = 0xFF45;
+inline constexpr u32 BOARDSIM_FAN_RESP_MSG = 0xFF46;  ///< a ChangeResp
 
 /// What a simulated sensor shows.
 enum class SensorMode : u32 {
@@ -33,11 +35,28 @@ struct TempReq {
 };
 static_assert(sizeof(TempReq) == 12);
 
-/// BOARDSIM_TEMP_RESP_MSG.
-struct TempResp {
-  i32 error;  ///< 0, else the driver's error code; DDAL_ERR_NO_DEVICE: the board simulates no such sensor
+/// What changes at a simulated fan; the rest stays as it is.
+enum class FanChange : u32 {
+  Auto = 0,       ///< everything: what the physics give, and no failures
+  Stick = 1,      ///< the speed: a fixed one
+  FailRead = 2,   ///< every read fails
+  FailWrite = 3,  ///< every write fails
+  Fail = 4,       ///< every read and write fails
 };
-static_assert(sizeof(TempResp) == 4);
+
+/// BOARDSIM_FAN_REQ_MSG.
+struct FanReq {
+  u32 fan;
+  FanChange change;
+  i32 value;  ///< stuck: revolutions a minute; failing: the driver's error code
+};
+static_assert(sizeof(FanReq) == 12);
+
+/// Answer to a request that changes hardware.
+struct ChangeResp {
+  i32 error;  ///< 0, else the driver's error code; DDAL_ERR_NO_DEVICE: the board does not simulate the device
+};
+static_assert(sizeof(ChangeResp) == 4);
 
 /// One simulated sensor of a status.
 struct SensorStatus {
@@ -46,13 +65,23 @@ struct SensorStatus {
 };
 static_assert(sizeof(SensorStatus) == 8);
 
-/// BOARDSIM_STATUS_RESP_MSG; `sensorCount` SensorStatus records follow.
+/// One simulated fan of a status.
+struct FanStatus {
+  u32 fan;
+  u32 stuck;         ///< 1: its speed is fixed
+  i32 readFailure;   ///< 0, or what reads answer
+  i32 writeFailure;  ///< 0, or what writes answer
+};
+static_assert(sizeof(FanStatus) == 16);
+
+/// BOARDSIM_STATUS_RESP_MSG; `sensorCount` SensorStatus and `fanCount` FanStatus records follow.
 struct StatusResp {
   i32 simulatorPid;
   i32 daemonPid;     ///< 0: it does not run
   u32 daemonStarts;  ///< how often it was started; 0: the board is up without one
   u32 sensorCount;
+  u32 fanCount;
 };
-static_assert(sizeof(StatusResp) == 16);
+static_assert(sizeof(StatusResp) == 20);
 
 }  // namespace boardsim

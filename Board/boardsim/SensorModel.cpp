@@ -33,14 +33,19 @@ double SensorModel::Noise() {
   return m_parameters.noise * (static_cast<double>(m_random()) / kMiddle - 1);
 }
 
+void FanModel::Stick(std::optional<int> rpm) {
+  m_stuck = rpm.has_value();
+  if (rpm) m_rpm = *rpm;
+}
+
 int FanModel::Step(double seconds, int control) {
   const double target = static_cast<double>(m_parameters.maxRpm) * std::clamp(control, 0, 100) / 100;
-  m_rpm += (target - m_rpm) * Approach(seconds, m_parameters.inertia);
+  if (!m_stuck) m_rpm += (target - m_rpm) * Approach(seconds, m_parameters.inertia);
   return static_cast<int>(std::lround(m_rpm));
 }
 
 double FanModel::Level() const {
-  return m_parameters.maxRpm == 0 ? 0 : m_rpm / static_cast<double>(m_parameters.maxRpm);
+  return m_parameters.maxRpm == 0 ? 0 : std::clamp(m_rpm / static_cast<double>(m_parameters.maxRpm), 0.0, 1.0);
 }
 
 }  // namespace boardsim

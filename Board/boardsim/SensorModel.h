@@ -4,6 +4,7 @@
 
 #include "BoardDescription.h"
 
+#include <optional>
 #include <random>
 
 namespace boardsim {
@@ -32,11 +33,14 @@ class SensorModel {
   double m_celsius;
 };
 
-/// One fan, whose speed follows the control value with first-order inertia.
+/// One fan, whose speed follows the control value with first-order inertia, unless it is stuck.
 class FanModel {
  public:
   explicit FanModel(const hwapi::board::SimFan& parameters) : m_parameters(parameters) {}
 
+  /// Fixes the speed whatever the control value is; 0 stands still. Nothing lets the fan follow again, from there.
+  void Stick(std::optional<int> rpm);
+  bool Stuck() const { return m_stuck; }
   /// @param control per cent, 0 to 100
   /// @return revolutions a minute
   int Step(double seconds, int control);
@@ -46,6 +50,7 @@ class FanModel {
  private:
   hwapi::board::SimFan m_parameters;
   double m_rpm = 0;
+  bool m_stuck = false;
 };
 
 }  // namespace boardsim

@@ -3,6 +3,7 @@
 #include "ddal_error.h"
 #include "ddal_sim.h"
 
+#include <optional>
 #include <variant>
 
 namespace boardsim {
@@ -63,9 +64,52 @@ int SimulatedHardware::SetSensor(u32 device, SensorMode mode, i32 value) {
   return DDAL_ERR_NO_DEVICE;
 }
 
+int SimulatedHardware::SetFan(u32 id, FanChange change, i32 value) {
+  for (SimulatedFan& fan : m_fans) {
+    if (fan.id != id) continue;
+    Change(fan, change, value);
+    if (fan.model.Stuck()) ddal_sim_fan_rpm_set(id, fan.rpm);
+    return ddal_sim_fan_fail(id, fan.readFailure, fan.writeFailure);
+  }
+  return DDAL_ERR_NO_DEVICE;
+}
+
+void SimulatedHardware::Change(SimulatedFan& fan, FanChange change, i32 value) {
+  switch (change) {
+    case FanChange::Auto:
+      fan.model.Stick(std::nullopt);
+      fan.readFailure = fan.writeFailure = 0;
+      return;
+    case FanChange::Stick:
+      fan.model.Stick(value);
+      fan.rpm = value;
+      return;
+    case FanChange::FailRead:
+      fan.readFailure = value;
+      return;
+    case FanChange::FailWrite:
+      fan.writeFailure = value;
+      return;
+    case FanChange::Fail:
+      fan.readFailure = fan.writeFailure = value;
+      return;
+  }
+}
+
 std::vector<SensorStatus> SimulatedHardware::Sensors() const {
   std::vector<SensorStatus> status;
   for (const Sensor& sensor : m_sensors) status.push_back({.device = sensor.device, .mode = sensor.mode});
+  return status;
+}
+
+std::vector<FanStatus> SimulatedHardware::Fans() const {
+  std::vector<FanStatus> status;
+  for (const SimulatedFan& fan : m_fans) {
+    status.push_back({.fan = fan.id,
+                      .stuck = fan.model.Stuck() ? 1u : 0u,
+                      .readFailure = fan.readFailure,
+                      .writeFailure = fan.writeFailure});
+  }
   return status;
 }
 

@@ -27,8 +27,12 @@ class SimulatedHardware {
   void Advance(unsigned steps);
   /// Lets a sensor show something else. @return 0, else the driver's error code
   int SetSensor(u32 device, SensorMode mode, i32 value);
+  /// Lets a fan stick, fail, or follow the physics again. @return as SetSensor
+  int SetFan(u32 id, FanChange change, i32 value);
   /// @return all simulated sensors
   std::vector<SensorStatus> Sensors() const;
+  /// @return all simulated fans
+  std::vector<FanStatus> Fans() const;
 
  private:
   struct Sensor {
@@ -41,9 +45,12 @@ class SimulatedHardware {
     u32 id;
     FanModel model;
     int rpm = 0;
+    i32 readFailure = 0;
+    i32 writeFailure = 0;
   };
 
   void StepOnce();
+  static void Change(SimulatedFan& fan, FanChange change, i32 value);
   double FanLevel() const;
 
   std::vector<Sensor> m_sensors;

@@ -5,18 +5,20 @@
 #include "AaSysTime.h"
 #include "ControlMessages.h"
 #include "Msg.h"
+#include "PayloadView.h"
 #include "ddal_error.h"
 
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <vector>
 
 namespace boardsim {
 namespace {
 
 using ps::hwapi::common::Msg;
+using ps::hwapi::common::PayloadView;
 using ps::hwapi::common::Service;
 
 /// Shortest time between two updates of the hardware, host milliseconds: a fast clock takes several steps at once.
@@ -28,6 +30,15 @@ std::string DriverText(int code) {
   return ddal_strerror(code, text, sizeof text);
 }
 
+/// Puts records at @p offset, which moves behind them.
+template <typename Record>
+void PutRecords(PayloadView& payload, std::size_t& offset, const std::vector<Record>& records) {
+  for (const Record& record : records) {
+    payload.Put(offset, record);
+    offset += sizeof record;
+  }
+}
+
 }  // namespace
 
 Simulator::Simulator(StateDirectory state, std::string daemon)
@@ -37,6 +48,7 @@ void Simulator::Init() {
   static constexpr Route<Simulator> kRoutes[] = {
       {.id = BOARDSIM_TICK_IND_MSG, .handler = &Simulator::HandleTick},
       {.id = BOARDSIM_TEMP_REQ_MSG, .handler = &Simulator::HandleTempReq},
+      {.id = BOARDSIM_FAN_REQ_MSG, .handler = &Simulator::HandleFanReq},
       {.id = BOARDSIM_STATUS_REQ_MSG, .handler = &Simulator::HandleStatusReq},
   };
   AddRoutes(*this, this, kRoutes);
@@ -79,24 +91,37 @@ void Simulator::HandleTick(void* /*msg*/) { m_hardware->Advance(m_stepsPerTick);
 void Simulator::HandleTempReq(void* msg) {
   const Msg<TempReq, BOARDSIM_TEMP_REQ_MSG> request(msg);
   const TempReq wanted = request.Record();
-  auto response = request.CreateReply<Msg<TempResp, BOARDSIM_TEMP_RESP_MSG>>(0);
+  auto response = request.CreateReply<Msg<ChangeResp, BOARDSIM_TEMP_RESP_MSG>>(0);
   if (response.payload == nullptr) return;
   response->error = m_hardware->SetSensor(wanted.device, wanted.mode, wanted.value);
   response.Send();
 }
 
+void Simulator::HandleFanReq(void* msg) {
+  const Msg<FanReq, BOARDSIM_FAN_REQ_MSG> request(msg);
+  const FanReq wanted = request.Record();
+  auto response = request.CreateReply<Msg<ChangeResp, BOARDSIM_FAN_RESP_MSG>>(0);
+  if (response.payload == nullptr) return;
+  response->error = m_hardware->SetFan(wanted.fan, wanted.change, wanted.value);
+  response.Send();
+}
+
 void Simulator::HandleStatusReq(void* msg) {
   const std::vector<SensorStatus> sensors = m_hardware->Sensors();
-  const auto bytes = static_cast<u32>(sensors.size() * sizeof(SensorStatus));
-  void* response = AaSysComMsgCreateReply(BOARDSIM_STATUS_RESP_MSG, static_cast<u32>(sizeof(StatusResp)) + bytes, msg);
+  const std::vector<FanStatus> fans = m_hardware->Fans();
+  const std::size_t size = sizeof(StatusResp) + sensors.size() * sizeof(SensorStatus) + fans.size() * sizeof(FanStatus);
+  void* response = AaSysComMsgCreateReply(BOARDSIM_STATUS_RESP_MSG, static_cast<u32>(size), msg);
   if (response == nullptr) return;
   const StatusResp header{.simulatorPid = getpid(),
                           .daemonPid = m_keeper ? m_keeper->Pid() : 0,
                           .daemonStarts = m_keeper ? m_keeper->Starts() : 0,
-                          .sensorCount = static_cast<u32>(sensors.size())};
-  auto* payload = static_cast<u8*>(AaSysComMsgGetPayload(response));
-  std::memcpy(payload, &header, sizeof header);
-  if (bytes != 0) std::memcpy(payload + sizeof header, sensors.data(), bytes);
+                          .sensorCount = static_cast<u32>(sensors.size()),
+                          .fanCount = static_cast<u32>(fans.size())};
+  PayloadView payload(response);
+  std::size_t offset = sizeof header;
+  payload.Put(0, header);
+  PutRecords(payload, offset, sensors);
+  PutRecords(payload, offset, fans);
   AaSysComMsgSend(&response);
 }
 

@@ -28,6 +28,7 @@ class Simulator : public ps::hwapi::common::Service {
   void StartTicks();
   void HandleTick(void* msg);
   void HandleTempReq(void* msg);
+  void HandleFanReq(void* msg);
   void HandleStatusReq(void* msg);
 
   const StateDirectory m_state;

@@ -1,14 +1,16 @@
 /// @file
-/// boardsim status: processes, endpoints, sensors, clock.
+/// boardsim status: processes, endpoints, sensors, fans, clock.
 #include "AaSysTime.h"
 #include "BoardDescription.h"
 #include "Commands.h"
 #include "ControlClient.h"
+#include "FanNames.h"
 #include "KnownEndpoints.h"
 #include "OnlineTag.h"
 #include "SensorNames.h"
 #include "SimError.h"
 #include "ddal_error.h"
+#include "ddal_fan.h"
 #include "ddal_temp.h"
 
 #include <cstdio>
@@ -58,6 +60,35 @@ void PrintSensors(const SimulatorStatus& status) {
   }
 }
 
+std::string ModeText(const SimulatorStatus& status, const hwapi::board::Fan& fan) {
+  if (std::holds_alternative<hwapi::board::HwmonFan>(fan.source)) return "kernel";
+  for (const FanStatus& known : status.fans) {
+    if (known.fan != fan.id) continue;
+    std::string text = known.stuck != 0 ? "stuck" : "auto";
+    if (known.readFailure != 0) text += ", fail-read=" + std::to_string(known.readFailure);
+    if (known.writeFailure != 0) text += ", fail-write=" + std::to_string(known.writeFailure);
+    return text;
+  }
+  return "unknown";
+}
+
+/// @return what a driver reads and its unit, or "-"
+std::string FanValueText(int (*read)(ddal_fan_id_t, int*), u32 id, const char* unit) {
+  int value = 0;
+  return read(id, &value) == 0 ? std::to_string(value) + " " + unit : "-";
+}
+
+void PrintFans(const SimulatorStatus& status) {
+  if (hwapi::board::OwnBoard().fans.empty()) return;
+  std::printf("\nFAN                SPEED  CONTROL  FREQUENCY  MODE\n");
+  for (const hwapi::board::Fan& fan : hwapi::board::OwnBoard().fans) {
+    std::printf("%-3u %-8s %11s  %7s  %9s  %s\n", fan.id, FanNameOf(fan.id).c_str(),
+                FanValueText(ddal_fan_get_rpm, fan.id, "rpm").c_str(),
+                FanValueText(ddal_fan_get_pwm, fan.id, "%").c_str(),
+                FanValueText(ddal_fan_get_fan_pwm_freq, fan.id, "Hz").c_str(), ModeText(status, fan).c_str());
+  }
+}
+
 void PrintClock() {
   SAaTime now{};
   AaUtcTimeGet(&now);
@@ -78,6 +109,7 @@ void RunStatus(const Settings& settings) {
   std::printf("\n");
   PrintEndpoints();
   PrintSensors(status);
+  PrintFans(status);
   PrintClock();
   std::printf("export HWAPI_RUN=%s\n", state.Run().c_str());
 }
@@ -93,7 +125,7 @@ void PrintEndpoints() {
 }
 
 void AddStatusCommand(CLI::App& app, Settings& settings) {
-  app.add_subcommand("status", "Show processes, endpoints, sensors and clock of a board")->callback([&settings] {
+  app.add_subcommand("status", "Show processes, endpoints, sensors, fans and clock of a board")->callback([&settings] {
     settings.run = [&settings] { RunStatus(settings); };
   });
 }

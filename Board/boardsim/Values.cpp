@@ -1,7 +1,9 @@
 #include "Values.h"
 
+#include "FanNames.h"
 #include "SimError.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -72,6 +74,53 @@ std::optional<SAaTime> CalendarFrom(const std::string& text) {
   return time;
 }
 
+struct NamedFanChange {
+  std::string_view prefix;
+  FanChange change;
+};
+
+constexpr std::array kFanChanges = {
+    NamedFanChange{.prefix = "rpm=", .change = FanChange::Stick},
+    NamedFanChange{.prefix = "fail=", .change = FanChange::Fail},
+    NamedFanChange{.prefix = "fail-read=", .change = FanChange::FailRead},
+    NamedFanChange{.prefix = "fail-write=", .change = FanChange::FailWrite},
+};
+
+constexpr u32 kLastFanId = 15;
+constexpr i32 kFastestFan = 100'000;  // revolutions a minute
+
+std::optional<u32> FanIdFrom(std::string_view text) {
+  const std::optional<u32> number = NumberFrom(text);
+  if (number && *number <= kLastFanId) return number;
+  for (const NamedFan& fan : kNamedFans) {
+    if (number == fan.unit || text == fan.name) return fan.id;
+  }
+  return std::nullopt;
+}
+
+std::optional<i32> SignedFrom(std::string_view text) {
+  i32 value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+/// @param whole the argument that @p code is the end of
+i32 ParseFailure(std::string_view whole, std::string_view code) {
+  const std::optional<i32> value = SignedFrom(code);
+  if (!value || *value == 0) Refuse(whole, "is no failure: give the driver's error code, such as fail=-2; 0 is none");
+  return *value;
+}
+
+/// @param whole the argument that @p rpm is the end of
+i32 ParseRpm(std::string_view whole, std::string_view rpm) {
+  const std::optional<i32> value = SignedFrom(rpm);
+  if (!value || *value < 0 || *value > kFastestFan) {
+    Refuse(whole, "is no speed: give revolutions a minute from 0 to 100000, such as rpm=0; 0 stands still");
+  }
+  return *value;
+}
+
 }  // namespace
 
 std::optional<u32> NumberFrom(std::string_view text) {
@@ -88,21 +137,37 @@ TempReq ParseTemp(std::string_view device, std::string_view value) {
   const std::optional<u32> id = NumberFrom(device);
   if (!id) Refuse(device, "is no device: give its number such as 0x10000; `boardsim status` lists them");
   if (value == "auto") return {.device = *id, .mode = SensorMode::Auto, .value = 0};
-  const bool fail = value.starts_with("fail=");
-  std::string_view number = fail ? value.substr(5) : value;
-  if (!fail && number.ends_with("C")) number.remove_suffix(1);
+  constexpr std::string_view kFail = "fail=";
+  if (value.starts_with(kFail)) {
+    return {.device = *id, .mode = SensorMode::Failing, .value = ParseFailure(value, value.substr(kFail.size()))};
+  }
+  std::string_view number = value;
+  if (number.ends_with("C")) number.remove_suffix(1);
   double amount = 0;
   const auto [end, error] =
       std::from_chars(number.data(), number.data() + number.size(), amount, std::chars_format::fixed);
   if (error != std::errc{} || end != number.data() + number.size()) Refuse(value, kHint);
-  if (fail) {
-    if (amount == 0 || std::abs(amount) > 1e9 || amount != std::floor(amount)) {
-      Refuse(value, "is no failure: give the driver's error code, such as fail=-2; 0 is none");
-    }
-    return {.device = *id, .mode = SensorMode::Failing, .value = static_cast<i32>(amount)};
-  }
   if (!(std::abs(amount) <= 1'000'000)) Refuse(value, kHint);
   return {.device = *id, .mode = SensorMode::Pinned, .value = static_cast<i32>(std::lround(amount * 1000))};
+}
+
+FanReq ParseFan(std::string_view fan, std::string_view value) {
+  const std::optional<u32> id = FanIdFrom(fan);
+  if (!id) {
+    Refuse(
+        fan,
+        "is no fan: give a driver id from 0 to 15 (`boardsim status` lists them), 201 to 203, or GAR_FAN1 to GAR_FAN3");
+  }
+  if (value == "auto") return {.fan = *id, .change = FanChange::Auto, .value = 0};
+  const auto* known = std::find_if(kFanChanges.begin(), kFanChanges.end(),
+                                   [value](const NamedFanChange& named) { return value.starts_with(named.prefix); });
+  if (known == kFanChanges.end()) {
+    Refuse(value,
+           "is nothing a fan does: give rpm=N, fail=CODE, fail-read=CODE, fail-write=CODE such as fail=-2, or auto");
+  }
+  const std::string_view number = value.substr(known->prefix.size());
+  const bool rpm = known->change == FanChange::Stick;
+  return {.fan = *id, .change = known->change, .value = rpm ? ParseRpm(value, number) : ParseFailure(value, number)};
 }
 
 std::string ParseTagValue(std::string_view text) {

@@ -16,6 +16,9 @@ namespace boardsim {
 std::optional<u32> NumberFrom(std::string_view text);
 /// What a sensor shall show: "45.5" (degrees Celsius), "fail=CODE", "auto".
 TempReq ParseTemp(std::string_view device, std::string_view value);
+/// A fan by its driver id ("0"), unit number ("201") or name ("GAR_FAN1"), and what it shall do: "rpm=N", "fail=CODE",
+/// "fail-read=CODE", "fail-write=CODE", "auto".
+FanReq ParseFan(std::string_view fan, std::string_view value);
 /// The bytes of a tag: a number gives 4 bytes, anything else its characters; "text:" in front forces characters.
 std::string ParseTagValue(std::string_view text);
 /// A new board time: "+1h", "-10min", "+30s", "+2d", or "2030-01-01T00:00:00Z".

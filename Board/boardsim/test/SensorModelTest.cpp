@@ -78,6 +78,43 @@ TEST(FanModel, NeedsTimeToSpeedUp) {
   EXPECT_LT(fan.Step(0.2, 100), 1000);
 }
 
+TEST(FanModel, ApproachesAStepOfItsControlValueMonotonically) {
+  FanModel fan({.maxRpm = 6000, .inertia = 2});
+  int before = 0;
+  for (const int control : {0, 100, 40}) {
+    const int target = 60 * control;
+    const bool rises = target >= before;
+    for (int i = 0; i < 200; ++i) {
+      const int rpm = fan.Step(0.2, control);
+      ASSERT_TRUE(rises ? rpm >= before && rpm <= target : rpm <= before && rpm >= target) << rpm << " of " << target;
+      before = rpm;
+    }
+    EXPECT_NEAR(before, target, 1);
+  }
+}
+
+TEST(FanModel, ThatIsStuckKeepsItsSpeedWhateverIsAsked) {
+  FanModel fan({.maxRpm = 6000, .inertia = 2});
+  fan.Stick(1500);
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(fan.Step(0.2, 100), 1500);
+  EXPECT_DOUBLE_EQ(fan.Level(), 0.25);
+}
+
+TEST(FanModel, FollowsAgainFromWhereItWasStuck) {
+  FanModel fan({.maxRpm = 6000, .inertia = 2});
+  fan.Stick(3000);
+  fan.Stick(std::nullopt);
+  const int next = fan.Step(0.2, 100);
+  EXPECT_GT(next, 3000);
+  EXPECT_LT(next, 4000);
+}
+
+TEST(FanModel, NeverCoolsMoreThanAtFullSpeed) {
+  FanModel fan({.maxRpm = 6000, .inertia = 2});
+  fan.Stick(100'000);
+  EXPECT_EQ(fan.Level(), 1);
+}
+
 TEST(FanModel, OfNoSpeedHasNoLevel) {
   FanModel fan({.maxRpm = 0, .inertia = 2});
   EXPECT_EQ(fan.Step(0.2, 100), 0);

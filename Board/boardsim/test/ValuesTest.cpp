@@ -39,6 +39,38 @@ TEST(TempValue, OfNonsenseIsRefused) {
   EXPECT_THROW(ParseTemp("KEL", "45"), SimError);
 }
 
+TEST(FanArgument, IsADriverIdAUnitNumberOrAName) {
+  EXPECT_EQ(ParseFan("0", "auto").fan, 0u);
+  EXPECT_EQ(ParseFan("15", "auto").fan, 15u);
+  EXPECT_EQ(ParseFan("203", "auto").fan, 2u);
+  EXPECT_EQ(ParseFan("GAR_FAN2", "auto").fan, 1u);
+}
+
+TEST(FanArgument, OfAnotherFanIsRefused) {
+  for (const char* fan : {"", "16", "155", "204", "-1", "GAR_FAN4", "fan"}) {
+    EXPECT_THROW(ParseFan(fan, "auto"), SimError) << fan;
+  }
+}
+
+TEST(FanValue, SticksAtASpeed) {
+  EXPECT_EQ(ParseFan("0", "rpm=0").change, FanChange::Stick);
+  EXPECT_EQ(ParseFan("0", "rpm=1234").value, 1234);
+}
+
+TEST(FanValue, FailsWithACode) {
+  EXPECT_EQ(ParseFan("0", "fail=-2").change, FanChange::Fail);
+  EXPECT_EQ(ParseFan("0", "fail-read=-2").change, FanChange::FailRead);
+  EXPECT_EQ(ParseFan("0", "fail-write=-3").change, FanChange::FailWrite);
+  EXPECT_EQ(ParseFan("0", "fail-write=-3").value, -3);
+}
+
+TEST(FanValue, OfNonsenseIsRefused) {
+  for (const char* value : {"", "1000", "rpm", "rpm=", "rpm=-1", "rpm=100001", "rpm=1.5", "fail=0",
+                            "fail-read=", "fail-all=1", "fail=1 ", "automatic"}) {
+    EXPECT_THROW(ParseFan("0", value), SimError) << value;
+  }
+}
+
 TEST(TagArgument, IsANumberOrText) {
   EXPECT_EQ(ParseTagValue("6"), std::string("\x06\0\0\0", 4));
   EXPECT_EQ(ParseTagValue("text:6"), "6");
