@@ -18,6 +18,7 @@ struct Settings {
 };
 
 void AddTempCommands(CLI::App& app, Settings& settings);
+void AddFanCommands(CLI::App& app, Settings& settings);
 void AddTagCommands(CLI::App& app, Settings& settings);
 void AddSendCommand(CLI::App& app, Settings& settings);
 

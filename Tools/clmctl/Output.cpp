@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -15,6 +16,11 @@ bool WriteLine(std::string_view line) { return WriteRaw(std::string(line) + "\n"
 
 bool WriteJson(const nlohmann::ordered_json& object) {
   return WriteLine(object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
+bool WriteJsonLines(const std::vector<nlohmann::ordered_json>& objects) {
+  return std::all_of(objects.begin(), objects.end(),
+                     [](const nlohmann::ordered_json& object) { return WriteJson(object); });
 }
 
 void Diagnose(std::string_view text) {

@@ -3,11 +3,11 @@
 #include "CommandError.h"
 #include "Commands.h"
 #include "Output.h"
-#include "Signals.h"
+#include "TempRequest.h"
+#include "TempSource.h"
 #include "TempTypes.h"
-#include "TempWatch.h"
-#include "Terminal.h"
 #include "Values.h"
+#include "WatchCommand.h"
 
 #include <nlohmann/json.hpp>
 
@@ -23,6 +23,7 @@ struct TempArguments {
   std::string interval = "1s";
   std::string client;
   std::string count;
+  bool fans = false;
 };
 
 void PrintResponse(const SApiTempMeasReq& request, u32 error, bool json) {
@@ -64,27 +65,16 @@ void RunRequest(ETempMeasCommand command, const TempArguments& arguments, const 
   }
 }
 
-std::unique_ptr<TempView> MakeView(const TempArguments& arguments, const Settings& settings) {
-  if (settings.json) return std::make_unique<TempJsonView>();
-  if (!OutputIsTerminal()) return std::make_unique<TempLineView>();
-  const std::string type = SensorTypeText(ParseSensorType(arguments.type));
-  return std::make_unique<TempTerminalView>(type + " temperatures every " + arguments.interval);
-}
-
 void RunWatch(const TempArguments& arguments, const Settings& settings) {
-  TempWatch::Settings watch{.type = ParseSensorType(arguments.type),
-                            .interval = ParseDuration(arguments.interval),
-                            .count = {},
-                            .timeout = settings.timeout};
-  if (!arguments.count.empty()) {
-    watch.count = ParseNumber(arguments.count, "count");
-    if (watch.count == 0u) throw CommandError(ExitCode::Usage, "--count 0 would show nothing; give 1 or more");
-  }
-  BlockSignals();
-  TempWatch measurement(watch);
-  measurement.Start();
-  const std::unique_ptr<TempView> view = MakeView(arguments, settings);
-  measurement.Run(*view);
+  const TempSource::Settings measurement{.type = ParseSensorType(arguments.type),
+                                         .interval = ParseDuration(arguments.interval),
+                                         .timeout = settings.timeout};
+  WatchCommand command(arguments.count, settings);
+  command.watch.Add(std::make_unique<TempSource>(measurement));
+  command.dashboard.temperatures.emplace(SensorTypeText(measurement.type) + " temperatures every " +
+                                         arguments.interval);
+  if (arguments.fans) command.AddFans({.fans = {}, .receiver = {}, .period = kFanShortestPeriod});
+  command.Run();
 }
 
 void PrintTypes(bool json) {
@@ -123,6 +113,8 @@ void AddTempCommands(CLI::App& app, Settings& settings) {
   }
   start->add_option("--client", arguments->client, "Receiver of the indications: BOARD/CPU/TASK or 0x number");
   watch->add_option("--count", arguments->count, "End after so many indications");
+  watch->add_flag("--fans", arguments->fans,
+                  "Show the fans, too; takes their speed reports over, as `clmctl fan watch` does");
   temp->add_subcommand("types", "List the sensor types")->callback([&settings] {
     settings.run = [&settings] { PrintTypes(settings.json); };
   });

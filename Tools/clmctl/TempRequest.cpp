@@ -26,14 +26,14 @@ SApiTempMeasResp RequestTempMeas(const Client& client, const SApiTempMeasReq& re
   return ps::hwapi::common::Msg<SApiTempMeasResp, API_TEMP_MEAS_RESP_MSG>(response.get()).Record();
 }
 
-std::optional<Indication> ParseIndication(void* msg) {
+std::optional<TempIndication> ParseTempIndication(void* msg) {
   constexpr std::size_t kHeader = offsetof(SApiTempMeasInd, tempMeasurementInfo);
   const std::size_t size = AaSysComMsgGetPayloadSize(msg);
   if (size < kHeader) return std::nullopt;
   const auto* payload = static_cast<const u8*>(AaSysComMsgGetPayload(msg));
   u32 header[2];
   std::memcpy(header, payload, sizeof header);
-  Indication indication{.sensorType = header[0], .readings = {}};
+  TempIndication indication{.sensorType = header[0], .readings = {}};
   const std::size_t count = std::min<std::size_t>(header[1], (size - kHeader) / sizeof(STempMeasInfo));
   for (std::size_t i = 0; i < count; ++i) {
     STempMeasInfo info;

@@ -16,7 +16,7 @@ SApiTempMeasResp RequestTempMeas(const Client& client, const SApiTempMeasReq& re
                                  std::chrono::milliseconds timeout);
 
 /// One sensor of an indication.
-struct Reading {
+struct TempReading {
   u32 name;        ///< ETempSensorName
   double celsius;  ///< to the thousandth; meaningless for a failed reading
   bool valid;
@@ -24,13 +24,13 @@ struct Reading {
 };
 
 /// An API_TEMP_MEAS_IND_MSG.
-struct Indication {
+struct TempIndication {
   u32 sensorType;
-  std::vector<Reading> readings;
+  std::vector<TempReading> readings;
 };
 
 /// Reads an indication out of a message; sensors past the payload's end are not believed.
 /// @return nothing when the message is shorter than an indication's header
-std::optional<Indication> ParseIndication(void* msg);
+std::optional<TempIndication> ParseTempIndication(void* msg);
 
 }  // namespace clmctl

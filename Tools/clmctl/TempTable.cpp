@@ -1,6 +1,6 @@
 #include "TempTable.h"
 
-#include "TempView.h"
+#include "TempText.h"
 
 #include <algorithm>
 #include <array>
@@ -30,18 +30,6 @@ std::string Celsius(double value) {
   return text;
 }
 
-std::string Padded(const std::string& text, unsigned width, bool right) {
-  if (text.size() >= width) return text;
-  const std::string space(width - text.size(), ' ');
-  return right ? space + text : text + space;
-}
-
-std::string Coloured(const std::string& text, std::string_view code, const Canvas& canvas) {
-  return canvas.colours ? "\x1b[" + std::string(code) + "m" + text + "\x1b[0m" : text;
-}
-
-std::string Cut(const std::string& text, unsigned width) { return text.substr(0, width); }
-
 std::string Trend(const std::deque<double>& course, unsigned width, bool utf8) {
   const auto& bars = utf8 ? kBars : kAsciiBars;
   const std::size_t shown = std::min<std::size_t>(course.size(), width);
@@ -66,21 +54,20 @@ unsigned RoomForState(const Canvas& canvas) {
 }
 
 std::string Header(const Canvas& canvas) {
-  std::string text = Padded("SENSOR", 18, false) + Padded("NOW", 11, true) + "  ";
-  if (canvas.columns >= kExtremesFrom) text += Padded("LOWEST", 11, true) + Padded("HIGHEST", 11, true);
-  return Cut(text + "  STATE, TREND", canvas.columns);
+  std::string text = PaddedRight("SENSOR", 18) + PaddedLeft("NOW", 11) + "  ";
+  if (canvas.columns >= kExtremesFrom) text += PaddedLeft("LOWEST", 11) + PaddedLeft("HIGHEST", 11);
+  return text + "  STATE, TREND";
 }
 
 }  // namespace
 
-void TempTable::Add(const Indication& indication, const std::string& time) {
+void TempTable::Add(const TempIndication& indication, const std::string& time) {
   ++m_count;
   m_lastTime = time;
-  m_note.clear();
   m_rows.resize(indication.readings.size());
   for (std::size_t i = 0; i < m_rows.size(); ++i) {
     Row& row = m_rows[i];
-    const Reading& reading = indication.readings[i];
+    const TempReading& reading = indication.readings[i];
     if (row.last.name != reading.name) row = Row{};
     row.last = reading;
     if (!reading.valid) continue;
@@ -95,11 +82,11 @@ std::string TempTable::DrawRow(const Row& row, const Canvas& canvas) const {
   const bool known = !row.course.empty();
   const std::string now = row.last.valid ? Celsius(row.last.celsius) : "-";
   if (canvas.columns < kBaseWidth) return Cut(SensorText(row.last.name) + " " + now, canvas.columns);
-  std::string text = Padded(Cut(SensorText(row.last.name), 17), 18, false);
+  std::string text = PaddedRight(Cut(SensorText(row.last.name), 17), 18);
   const std::string unit = !row.last.valid ? "   " : canvas.utf8 ? " °C" : "  C";
-  text += Padded(now, 10, true) + unit;
+  text += PaddedLeft(now, 10) + unit;
   if (canvas.columns >= kExtremesFrom) {
-    text += Padded(known ? Celsius(row.lowest) : "-", 11, true) + Padded(known ? Celsius(row.highest) : "-", 11, true);
+    text += PaddedLeft(known ? Celsius(row.lowest) : "-", 11) + PaddedLeft(known ? Celsius(row.highest) : "-", 11);
   }
   const unsigned room = RoomForState(canvas);
   if (room < 2) return text;
@@ -110,21 +97,13 @@ std::string TempTable::DrawRow(const Row& row, const Canvas& canvas) const {
 }
 
 std::vector<std::string> TempTable::Draw(const Canvas& canvas) const {
-  std::string status = m_count == 0 ? "waiting for the first indication"
-                                    : std::to_string(m_count) + (m_count == 1 ? " indication" : " indications") +
-                                          ", last at " + m_lastTime;
-  std::vector<std::string> lines;
-  lines.push_back(Coloured(Cut(m_title, canvas.columns), "1", canvas));
-  lines.push_back(Cut(status + "   (^C stops)", canvas.columns));
-  lines.push_back("");
-  lines.push_back(Coloured(Header(canvas), "4", canvas));
-  const std::size_t room = canvas.rows > lines.size() + 2 ? canvas.rows - lines.size() - 2 : 0;
-  const std::size_t shown = m_rows.size() <= room ? m_rows.size() : room;
+  std::vector<std::string> lines = TableHead(m_title, CountText(m_count, m_lastTime), Header(canvas), canvas);
+  const std::size_t room = canvas.rows > lines.size() ? canvas.rows - lines.size() : 0;
+  const std::size_t shown = m_rows.size() <= room ? m_rows.size() : std::max<std::size_t>(room, 1) - 1;
   for (std::size_t i = 0; i < shown; ++i) lines.push_back(DrawRow(m_rows[i], canvas));
   if (shown < m_rows.size()) {
     lines.push_back(Cut("... and " + std::to_string(m_rows.size() - shown) + " more", canvas.columns));
   }
-  if (!m_note.empty()) lines.push_back(Coloured(Cut(m_note, canvas.columns), "33", canvas));
   if (lines.size() > canvas.rows) lines.resize(canvas.rows);
   return lines;
 }

@@ -2,6 +2,7 @@
 /// The live table of a measurement: its content, and how it is laid out as text.
 #pragma once
 
+#include "Canvas.h"
 #include "TempRequest.h"
 
 #include <deque>
@@ -10,14 +11,6 @@
 
 namespace clmctl {
 
-/// What a terminal can show.
-struct Canvas {
-  unsigned columns = 80;
-  unsigned rows = 24;
-  bool colours = true;
-  bool utf8 = true;
-};
-
 /// The last reading of each sensor, its extremes and its course. No output, no clock: a plain value.
 class TempTable {
  public:
@@ -25,15 +18,13 @@ class TempTable {
   explicit TempTable(std::string title) : m_title(std::move(title)) {}
 
   /// Takes an indication in that came at @p time.
-  void Add(const Indication& indication, const std::string& time);
-  /// Shown below the table until the next indication.
-  void SetNote(std::string note) { m_note = std::move(note); }
+  void Add(const TempIndication& indication, const std::string& time);
   /// @return the lines, none wider than the canvas and no more of them than its rows
   std::vector<std::string> Draw(const Canvas& canvas) const;
 
  private:
   struct Row {
-    Reading last;
+    TempReading last;
     double lowest = 0;
     double highest = 0;
     std::deque<double> course;  ///< valid readings, oldest first
@@ -42,7 +33,6 @@ class TempTable {
   std::string DrawRow(const Row& row, const Canvas& canvas) const;
 
   std::string m_title;
-  std::string m_note;
   std::string m_lastTime;
   u32 m_count = 0;
   std::vector<Row> m_rows;

@@ -35,6 +35,7 @@ int Run(int argc, char** argv) {
   app.add_option("--timeout", timeout, "Longest wait for an answer")->capture_default_str();
   app.add_flag("-v,--verbose", verbose, "Show the messaging layer's own log lines, too");
   clmctl::AddTempCommands(app, settings);
+  clmctl::AddFanCommands(app, settings);
   clmctl::AddTagCommands(app, settings);
   clmctl::AddSendCommand(app, settings);
   try {

@@ -30,7 +30,7 @@ dev_run() {
   echo "to use the board from another terminal as well:"
   echo "export PATH=$PWD/${BOARDSIM%/*}:$PWD/${CLMCTL%/*}:\$PATH"
   local status=0
-  ${duration:+timeout --foreground --signal=INT --kill-after=10s "$duration"} "$CLMCTL" temp watch Kel || status=$?
+  ${duration:+timeout --foreground --signal=INT --kill-after=10s "$duration"} "$CLMCTL" temp watch Kel --fans || status=$?
   # 124: the time that was asked for is over.
   [ "$status" -eq 124 ] || return "$status"
 }

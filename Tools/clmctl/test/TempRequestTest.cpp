@@ -24,8 +24,8 @@ Message IndicationOf(const Wire& wire, u32 size = sizeof(Wire)) {
   return msg;
 }
 
-TEST(Indication, HasAReadingForEachSensor) {
-  const auto indication = ParseIndication(IndicationOf(Wire{}).get());
+TEST(TempIndication, HasAReadingForEachSensor) {
+  const auto indication = ParseTempIndication(IndicationOf(Wire{}).get());
   ASSERT_TRUE(indication.has_value());
   ASSERT_EQ(indication->readings.size(), 2u);
   EXPECT_EQ(indication->sensorType, ETempSensorType_Kel);
@@ -34,26 +34,26 @@ TEST(Indication, HasAReadingForEachSensor) {
   EXPECT_TRUE(indication->readings[0].valid);
 }
 
-TEST(Indication, TellsTheErrorOfAFailedSensor) {
-  const auto indication = ParseIndication(IndicationOf(Wire{}).get());
+TEST(TempIndication, TellsTheErrorOfAFailedSensor) {
+  const auto indication = ParseTempIndication(IndicationOf(Wire{}).get());
   ASSERT_TRUE(indication.has_value());
   ASSERT_EQ(indication->readings.size(), 2u);
   EXPECT_FALSE(indication->readings[1].valid);
   EXPECT_EQ(indication->readings[1].driverError, 2u);
 }
 
-TEST(Indication, IsNotBelievedBeyondItsPayload) {
-  const auto lying = ParseIndication(IndicationOf(Wire{.numberOfSensors = 0xFFFFFFFF}).get());
+TEST(TempIndication, IsNotBelievedBeyondItsPayload) {
+  const auto lying = ParseTempIndication(IndicationOf(Wire{.numberOfSensors = 0xFFFFFFFF}).get());
   ASSERT_TRUE(lying.has_value());
   EXPECT_EQ(lying->readings.size(), 2u);
-  const auto cut = ParseIndication(IndicationOf(Wire{}, sizeof(Wire) - 1).get());
+  const auto cut = ParseTempIndication(IndicationOf(Wire{}, sizeof(Wire) - 1).get());
   ASSERT_TRUE(cut.has_value());
   EXPECT_EQ(cut->readings.size(), 1u);
 }
 
-TEST(Indication, ShorterThanItsHeaderIsNone) {
-  EXPECT_FALSE(ParseIndication(IndicationOf(Wire{}, 7).get()).has_value());
-  EXPECT_FALSE(ParseIndication(IndicationOf(Wire{}, 0).get()).has_value());
+TEST(TempIndication, ShorterThanItsHeaderIsNone) {
+  EXPECT_FALSE(ParseTempIndication(IndicationOf(Wire{}, 7).get()).has_value());
+  EXPECT_FALSE(ParseTempIndication(IndicationOf(Wire{}, 0).get()).has_value());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "TempTable.h"
 
+#include "Screen.h"
 #include "messages/TempSensorName.h"
 
 #include <gtest/gtest.h>
@@ -10,36 +11,19 @@
 namespace clmctl {
 namespace {
 
-Indication OneSensor(double celsius, bool valid = true) {
+TempIndication OneSensor(double celsius, bool valid = true) {
   return {
       .sensorType = ETempSensorType_Kel,
       .readings = {{.name = TEMP_SENSOR_KEL_MCU, .celsius = celsius, .valid = valid, .driverError = valid ? 0u : 2u}}};
 }
 
-Indication ManySensors(std::size_t count) {
-  Indication indication{.sensorType = ETempSensorType_DaxAll, .readings = {}};
+TempIndication ManySensors(std::size_t count) {
+  TempIndication indication{.sensorType = ETempSensorType_DaxAll, .readings = {}};
   indication.readings.resize(count, {.name = TEMP_SENSOR_KEL, .celsius = 40, .valid = true, .driverError = 0});
   return indication;
 }
 
-std::string Text(const TempTable& table, const Canvas& canvas) {
-  std::string text;
-  for (const std::string& line : table.Draw(canvas)) text += line + "\n";
-  return text;
-}
-
-/// Characters, not bytes, without colour sequences.
-std::size_t Width(const std::string& line) {
-  std::size_t width = 0;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    if (line[i] == '\x1b') {
-      i = line.find('m', i);
-    } else if ((static_cast<unsigned char>(line[i]) & 0xC0) != 0x80) {
-      ++width;
-    }
-  }
-  return width;
-}
+std::string Text(const TempTable& table, const Canvas& canvas) { return Joined(table.Draw(canvas)); }
 
 TEST(TempTable, ShowsNameAndTemperatureWithThreeDecimals) {
   TempTable table("Kel");
@@ -70,7 +54,6 @@ TEST(TempTable, ShowsTheErrorOfAFailedSensor) {
 TEST(TempTable, IsNeverWiderThanTheTerminal) {
   TempTable table("Kel temperatures every 1s");
   for (int i = 0; i < 100; ++i) table.Add(OneSensor(40 + i, i % 7 != 0), "12:00:00");
-  table.SetNote("the temperature service was started again; the measurement goes on");
   for (unsigned columns = 1; columns < 200; ++columns) {
     for (const std::string& line : table.Draw({.columns = columns})) ASSERT_LE(Width(line), columns) << line;
   }

@@ -1,7 +1,5 @@
-#include "TempView.h"
+#include "TempText.h"
 
-#include "BoardTime.h"
-#include "Output.h"
 #include "TempTypes.h"
 #include "ddal_error.h"
 #include "messages/TempSensorName.h"
@@ -9,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <string_view>
 
 namespace clmctl {
 namespace {
@@ -25,17 +24,14 @@ std::string SensorText(u32 name) {
   return text.empty() ? std::to_string(name) : std::string(text);
 }
 
-std::string StateText(const Reading& reading) {
+std::string StateText(const TempReading& reading) {
   if (reading.valid) return "ok";
   return "failed: " + DriverText(reading.driverError) + " (" + std::to_string(reading.driverError) + ")";
 }
 
-void TempView::Note(std::string_view text) { Diagnose(text); }
-
-bool TempLineView::Show(const Indication& indication) {
-  const std::string time = UtcNow();
+std::string TempLines(const TempIndication& indication, const std::string& time) {
   std::string lines;
-  for (const Reading& reading : indication.readings) {
+  for (const TempReading& reading : indication.readings) {
     char value[48] = "-";
     if (reading.valid) std::snprintf(value, sizeof value, "%.3f", reading.celsius);
     char line[256];
@@ -43,16 +39,15 @@ bool TempLineView::Show(const Indication& indication) {
                   StateText(reading).c_str());
     lines += line;
   }
-  return WriteRaw(lines);
+  return lines;
 }
 
-bool TempJsonView::Show(const Indication& indication) {
-  const std::string time = UtcNow();
-  ++m_count;
-  for (const Reading& reading : indication.readings) {
+std::vector<nlohmann::ordered_json> TempObjects(const TempIndication& indication, u32 number, const std::string& time) {
+  std::vector<nlohmann::ordered_json> objects;
+  for (const TempReading& reading : indication.readings) {
     nlohmann::ordered_json object;
     object["time"] = time;
-    object["indication"] = m_count;
+    object["indication"] = number;
     object["sensor_type"] = SensorTypeText(indication.sensorType);
     object["sensor"] = SensorText(reading.name);
     object["sensor_number"] = reading.name;
@@ -60,9 +55,9 @@ bool TempJsonView::Show(const Indication& indication) {
     object["temperature_celsius"] = reading.valid ? nlohmann::ordered_json(reading.celsius) : nullptr;
     object["driver_error"] = reading.valid ? nullptr : nlohmann::ordered_json(-static_cast<int>(reading.driverError));
     object["driver_error_text"] = reading.valid ? nullptr : nlohmann::ordered_json(DriverText(reading.driverError));
-    if (!WriteJson(object)) return false;
+    objects.push_back(std::move(object));
   }
-  return true;
+  return objects;
 }
 
 }  // namespace clmctl
