@@ -1,11 +1,14 @@
 /// The operating system's own climate control is stopped by the first fan request of a process. That each test sees a
-/// first one, it sends its requests in a child of a process that has sent none: GoogleTest runs death tests first.
+/// first one, it sends its requests in a child of a process that has sent none, which is why these tests are a program
+/// of their own: whichever of them run, and however often, their process sends no fan request.
 #include "ServiceOnBoard.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 namespace ps::hwapi::common::climate {
@@ -21,8 +24,9 @@ constexpr const char* kStopped =
 
 class AutonomousClimateControlDeathTest : public fake::PlatformTest {
  protected:
-  /// Prints level and text of the lines at Info and above that fan requests with these ids log.
-  [[noreturn]] static void RequestAndExit(const std::vector<u32>& ids, const fake::Bytes& payload) {
+  /// Prints level and text of the lines, from a level on, that requests with these ids log.
+  [[noreturn]] static void RequestAndExit(const std::vector<u32>& ids, const fake::Bytes& payload,
+                                          EAaSysLogSeverityLevel from = EAaSysLogSeverityLevel_Info) {
     fake::Unit() = {.type = EUnitType_Vyd, .version = EUnitVersion_Vyda};
     for (ddal_fan_id_t fan = 0; fan < 3; ++fan) fake::SetFan(fan, {});
     ClimateService service;
@@ -36,8 +40,7 @@ class AutonomousClimateControlDeathTest : public fake::PlatformTest {
       }
     }
     for (const fake::LogLine& line : fake::LogLines()) {
-      if (line.level > EAaSysLogSeverityLevel_Debug)
-        std::fprintf(stderr, "%u %s\n", u32{line.level}, line.text.c_str());
+      if (line.level >= from) std::fprintf(stderr, "%u %s\n", u32{line.level}, line.text.c_str());
     }
     std::exit(0);
   }
@@ -60,6 +63,18 @@ TEST_F(AutonomousClimateControlDeathTest, ItIsStoppedOnce) {
 
 TEST_F(AutonomousClimateControlDeathTest, AGoodRequestLogsNothingElse) {
   EXPECT_EXIT(RequestAndExit({kSetPwmFreq}, Words({77, 1, 201, 2})), testing::ExitedWithCode(0), testing::Eq(kStopped));
+}
+
+TEST_F(AutonomousClimateControlDeathTest, ItIsStoppedBeforeTheRequestIsLogged) {
+  EXPECT_EXIT(RequestAndExit({kSetPwmFreq}, Words({77, 1, 201, 2}), EAaSysLogSeverityLevel_Debug),
+              testing::ExitedWithCode(0),
+              testing::Eq(std::string(kStopped) + "1 ApiSetFanPwmFreqReqMsg message arrived 77 1 0xc9 2 0x0 0 0x0 0\n"
+                                                  "1 ApiSetFanPwmFreqReqMsg message handled, status: 0x0\n"));
+}
+
+TEST_F(AutonomousClimateControlDeathTest, AnExpiryOfThePollTimerDoesNotStopIt) {
+  EXPECT_EXIT(RequestAndExit({0x2C78}, Words({7, 0x01020345})), testing::ExitedWithCode(0),
+              testing::Not(testing::HasSubstr("CLIMATE_CTRL")));
 }
 
 TEST_F(AutonomousClimateControlDeathTest, ATemperatureRequestDoesNotStopIt) {

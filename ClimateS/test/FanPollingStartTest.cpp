@@ -31,6 +31,12 @@ TEST_P(FanPollingStartTest, RecipientIsTheGivenReceiver) {
   }
 }
 
+TEST_P(FanPollingStartTest, RecipientWithOnlyATaskIsThatTask) {
+  Ask(SpeedRequest{.receiver = Receiver(0, 0, 0x123)});
+  ASSERT_EQ(fake::Timers().size(), 1u);
+  EXPECT_EQ(fake::Timers()[0].message.payload, Words({7, 0x123}));
+}
+
 TEST_P(FanPollingStartTest, RecipientWithoutATaskIsTheRequester) {
   Ask(SpeedRequest{.receiver = Receiver(0x12, 0x34, 0)});
   ASSERT_EQ(fake::Timers().size(), 1u);
@@ -120,6 +126,31 @@ TEST_P(FanPollingStartTest, TimerMessageThatCannotBeCreatedIsAFailedStart) {
   EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Warning, "Could not start Fan speed polling!"));
 }
 
+TEST_P(FanPollingStartTest, TimerMessageWithoutPayloadIsAFailedStart) {
+  Ask(SpeedRequest{});
+  LosePayload("AaSysComMsgCreate", 0x2C78);
+  EXPECT_EQ(StatusOf(Ask(SpeedRequest{})), 1u);
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", 0x2C78}}));
+}
+
+TEST_P(FanPollingStartTest, RequestWhoseTimerCannotBeCreatedEndsThePollingOfTheOneBefore) {
+  Ask(SpeedRequest{});
+  Forget();
+  fake::FailCall("AaSysTimermCreate");
+  Ask(SpeedRequest{});
+  EXPECT_TRUE(fake::Timers().empty());
+}
+
+TEST_P(FanPollingStartTest, RequestAfterAFailedStartDeletesNoTimer) {
+  Ask(SpeedRequest{});
+  fake::FailCall("AaSysTimermCreate");
+  Forget();
+  Ask(SpeedRequest{});
+  Forget();
+  Ask(SpeedRequest{});
+  EXPECT_TRUE(fake::Calls("AaSysTimerDelete").empty());
+}
+
 TEST_P(FanPollingStartTest, PollingCanBeStartedAfterAFailure) {
   fake::FailCall("AaSysTimermCreate");
   Ask(SpeedRequest{});
@@ -149,6 +180,16 @@ TEST_P(FanPollingStateTest, IsLeftAloneByVersion2) {
   Ask(kVersion2, SpeedRequest{});
   EXPECT_TRUE(StateCalls().empty());
   EXPECT_EQ(m_service->GetServiceStateRad(), GetParam().before);
+}
+
+TEST_F(FanSpeedTest, StateIsSetBetweenTheStartOfPollingAndTheResponse) {
+  Ask(kVersion1, SpeedRequest{});
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"AaSysTimermCreate"},
+       {"Service::SetUseCommonServiceState", 0},
+       {"Service::SetServiceStateRad", 4097},
+       {"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 0x20047, "ApiSetFanSpeedReqMsg message handled, status: 0x0"},
+       {"AaSysComMsgSend", kVersion1.responseId}}));
 }
 
 INSTANTIATE_TEST_SUITE_P(States, FanPollingStateTest,
@@ -184,6 +225,22 @@ TEST_F(FanSpeedTest, PeriodOutOfRangeIsLogged) {
                            "req->timePeriod 121 is not within the acceptable range 8-120 seconds, default time 20 "
                            "seconds is used"));
   EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug, "Api2SetFanSpeedReqMsg message handled, status: 0x4"));
+}
+
+TEST_F(FanSpeedTest, PeriodOutOfRangeIsLoggedSigned) {
+  Ask(kVersion2, SpeedRequest{.timePeriod = 0xFFFFFFFF});
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Warning,
+                           "req->timePeriod -1 is not within the acceptable range 8-120 seconds, default time 20 "
+                           "seconds is used"));
+}
+
+TEST_F(FanSpeedTest, PeriodIsLookedAtBetweenTheLastFanAndTheStartOfPolling) {
+  Ask(kVersion2, SpeedRequest{.timePeriod = 7});
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"ddal_fan_set_pwm", 0, 40},
+       {"AaSysLogPrintE", EAaSysLogSeverityLevel_Warning, 0x20047,
+        "req->timePeriod 7 is not within the acceptable range 8-120 seconds, default time 20 seconds is used"},
+       {"AaSysComMsgCreate", 0x2C78}}));
 }
 
 TEST_F(FanSpeedTest, PeriodWithinItsLimitsIsNotLogged) {

@@ -39,6 +39,12 @@ TEST_F(FanPwmFrequencyTest, ResponseCarriesTheTransactionTheOutcomeAndEachItem) 
   EXPECT_EQ(WordsFrom(response, 40), (std::vector<u32>{2, 201, 3, 0, 202, 1, 0}));
 }
 
+TEST_F(FanPwmFrequencyTest, InfoTextIsFollowedByZeros) {
+  EXPECT_EQ(InfoFieldOf(Ask({7, 1, 201, 3})), InfoField("Set Fan PWM FREQ passed."));
+  Forget();
+  EXPECT_EQ(InfoFieldOf(Ask({7, 1, 155, 3})), InfoField("Set Fan PWM FREQ failed."));
+}
+
 TEST_F(FanPwmFrequencyTest, MoreThanThreeItemsAreHandled) {
   const fake::Message response = Ask({7, 4, 201, 3, 202, 3, 203, 3, 201, 1});
   EXPECT_EQ(response.payload.size(), 92u);
@@ -64,6 +70,11 @@ TEST_F(FanPwmFrequencyTest, UnknownFrequencyIsRefusedWithoutTheDriver) {
   EXPECT_EQ(WordsFrom(Ask({7, 1, 201, 9}), 40), (std::vector<u32>{1, 201, 9, 4}));
   EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Warning, "Invalid EFanParam: 9"));
   EXPECT_TRUE(fake::Calls("ddal_fan_set_fan_pwm_freq").empty());
+}
+
+TEST_F(FanPwmFrequencyTest, UnknownFrequencyIsLoggedSigned) {
+  Ask({7, 1, 201, 0xFFFFFFFF});
+  EXPECT_EQ(fake::LogTexts(EAaSysLogSeverityLevel_Warning), std::vector<std::string>{"Invalid EFanParam: -1"});
 }
 
 TEST_F(FanPwmFrequencyTest, FrequencyOfAnUnknownFanIsNotLookedAt) {
@@ -103,6 +114,31 @@ TEST_F(FanPwmFrequencyTest, ArrivalShowsThreeItemsWhateverTheirNumber) {
   Ask({7, 1, 201, 3, 202, 1, 203, 2});
   EXPECT_TRUE(
       fake::Logged(EAaSysLogSeverityLevel_Debug, "ApiSetFanPwmFreqReqMsg message arrived 7 1 0xc9 3 0xca 1 0xcb 2"));
+}
+
+TEST_F(FanPwmFrequencyTest, ArrivalShowsFansInHexadecimalAndAllElseSigned) {
+  Ask({0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFFFD, 0xFFFFFFFC, 0x80000000, 0x80000000, 0xAB, 0x7FFFFFFF});
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug,
+                           "ApiSetFanPwmFreqReqMsg message arrived -1 -2 0xfffffffd -4 0x80000000 -2147483648 0xab "
+                           "2147483647"));
+}
+
+TEST_F(FanPwmFrequencyTest, ArrivalIsLoggedBeforeItsSizeIsChecked) {
+  Ask({7, 2, 201, 3});
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 0x20047,
+        "ApiSetFanPwmFreqReqMsg message arrived 7 2 0xc9 3 0x0 0 0x0 0"},
+       {"AaSysLogPrintE", EAaSysLogSeverityLevel_Error, 0x20047,
+        "Message payload size seems wrong in API_SET_FAN_PWM_FREQ_REQ_MSG (size 16 != calculated size 24)"},
+       {"AaSysComMsgCreateReply", kResponseId}}));
+}
+
+TEST_F(FanPwmFrequencyTest, OutcomeIsLoggedBetweenTheLastFanAndTheResponse) {
+  Ask({7, 2, 201, 3, 202, 3});
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"ddal_fan_set_fan_pwm_freq", 1, 1000},
+       {"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 0x20047, "ApiSetFanPwmFreqReqMsg message handled, status: 0x0"},
+       {"AaSysComMsgSend", kResponseId}}));
 }
 
 TEST_F(FanPwmFrequencyTest, OutcomeIsLogged) {
@@ -158,20 +194,17 @@ TEST_F(FanPwmFrequencyTest, NumberOfItemsWhoseSizeWouldWrapIsASizeError) {
   }
 }
 
+TEST_F(FanPwmFrequencyTest, CalculatedSizeIsLoggedInItsLow32BitsSigned) {
+  Ask({7, 0x10000001, 201, 3});
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Error,
+                           "Message payload size seems wrong in API_SET_FAN_PWM_FREQ_REQ_MSG (size 16 != calculated "
+                           "size -2147483632)"));
+}
+
 TEST_F(FanPwmFrequencyTest, FieldsBeyondACutPayloadAreZero) {
   const fake::Message response = AnswerTo(MessageOf({7, 0}), kResponseId);
   EXPECT_EQ(WordAt(response, 0), 7u);
   EXPECT_EQ(WordsFrom(response, 40), (std::vector<u32>{1, 0, 0, 4}));
-}
-
-TEST_F(FanPwmFrequencyTest, ItemsThatTheReplyCannotHoldAreCarriedOut) {
-  fake::Bytes payload = Words({7, 8000});
-  const fake::Bytes item = Words({201, 3});
-  for (int i = 0; i < 8000; ++i) payload.insert(payload.end(), item.begin(), item.end());
-  const fake::Message response = AnswerTo(MessageOf(payload), kResponseId);
-  EXPECT_EQ(fake::Calls("ddal_fan_set_fan_pwm_freq").size(), 8000u);
-  EXPECT_EQ(response.payload.size(), (7999 * 12 + 56) % 65536u);
-  EXPECT_EQ(WordAt(response, 40), 8000u);
 }
 
 TEST_F(FanPwmFrequencyTest, OtherByteOrderIsNotConverted) {
@@ -183,6 +216,7 @@ TEST_F(FanPwmFrequencyTest, OtherByteOrderIsNotConverted) {
 TEST_F(FanPwmFrequencyTest, MissingPayloadIsRefused) {
   EXPECT_EQ(Refusal(MessageOf({})), "Message handling error: Payload missing from API_SET_FAN_PWM_FREQ_REQ_MSG");
   EXPECT_TRUE(fake::SentMessages().empty());
+  EXPECT_TRUE(fake::LogTexts(EAaSysLogSeverityLevel_Debug).empty());
 }
 
 TEST_F(FanPwmFrequencyTest, ReplyThatCannotBeCreatedIsRefusedBeforeAFanIsSet) {
@@ -193,10 +227,30 @@ TEST_F(FanPwmFrequencyTest, ReplyThatCannotBeCreatedIsRefusedBeforeAFanIsSet) {
   EXPECT_TRUE(fake::SentMessages().empty());
 }
 
-TEST_F(FanPwmFrequencyTest, ServiceStateAndPollingStayAsTheyAre) {
+TEST_F(FanPwmFrequencyTest, ReplyWithoutPayloadIsRefusedAndDestroyed) {
+  Ask({7, 1, 201, 3});
+  LosePayload("AaSysComMsgCreateReply", kResponseId);
+  EXPECT_EQ(Refusal(MessageOf(Words({7, 1, 201, 3}))),
+            "Message handling error: Payload missing from API_SET_FAN_PWM_FREQ_RESP_MSG");
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", kResponseId}}));
+}
+
+TEST_F(FanPwmFrequencyTest, ServiceStateStaysAsItIs) {
   Ask({7, 1, 201, 3});
   EXPECT_TRUE(fake::Calls({"Service::SetServiceStateRad", "Service::SetUseCommonServiceState"}).empty());
+}
+
+TEST_F(FanPwmFrequencyTest, PollingIsNotStarted) {
+  Ask({7, 1, 201, 3});
   EXPECT_TRUE(fake::Timers().empty());
+}
+
+TEST_F(FanPwmFrequencyTest, PollingGoesOnAsItWas) {
+  fake::Dispatch({.id = 0x2C15, .payload = Words({7, 0, 1, 201, 40}), .sender = kRequester});
+  const TAaSysTimerId polling = fake::Timers().at(0).id;
+  Ask({7, 1, 201, 3});
+  ASSERT_EQ(fake::Timers().size(), 1u);
+  EXPECT_EQ(fake::Timers()[0].id, polling);
 }
 
 }  // namespace

@@ -25,7 +25,65 @@ class FanSpeedIndicationTest : public FanTest {
     fake::Dispatch({.id = 0x2CF1, .payload = Words({7, 0, timePeriod, 1, 201, 40}), .sender = kRequester});
     fake::ClearSentMessages();
   }
+  /// Starts polling anew, as transaction 8 and for another recipient.
+  static void RequestSpeedForOtherClient() {
+    fake::Dispatch({.id = 0x2C15, .payload = Words({8, Receiver(4, 5, 0xDEF), 1, 201, 40}), .sender = kRequester});
+  }
 };
+
+/// An expiry that has come, and that waits while a new request is handled.
+class QueuedExpiryTest : public FanSpeedIndicationTest {
+ protected:
+  QueuedExpiryTest() {
+    RequestSpeed(20);
+    fake::AdvanceTime(20 * kSecond);
+    RequestSpeedForOtherClient();
+    fake::DispatchQueued();
+  }
+};
+
+TEST_F(QueuedExpiryTest, StillBringsItsIndicationToItsOwnRecipient) {
+  ASSERT_EQ(Indications().size(), 1u);
+  EXPECT_EQ(Indications()[0].receiver, kRequester);
+  EXPECT_EQ(WordAt(Indications()[0], 0), 7u);
+}
+
+TEST_F(QueuedExpiryTest, LeavesOneTimerWhichIsItsOwn) {
+  ASSERT_EQ(fake::Timers().size(), 1u);
+  EXPECT_EQ(fake::Timers()[0].firstUs, 60000000u);
+  EXPECT_EQ(fake::Timers()[0].message.payload, Words({7, kRequester}));
+}
+
+TEST_F(QueuedExpiryTest, DoesNotDoubleThePolling) {
+  Pass(60 * kSecond);
+  EXPECT_EQ(Indications().size(), 2u);
+}
+
+/// A reading of a fan that fails, and what is then said about it.
+struct FailedReading {
+  const char* function;
+  const char* what;  ///< in the warning
+};
+
+class FailedReadingTest : public FanSpeedIndicationTest, public testing::WithParamInterface<FailedReading> {};
+
+TEST_P(FailedReadingTest, IsLoggedWithTheNameOfItsFan) {
+  Start(EUnitVersion_Vyda);
+  fake::FailEvery(GetParam().function, -7);
+  Poll();
+  std::vector<std::string> warnings;
+  for (const char* fan : {"GAR_FAN1", "GAR_FAN2", "GAR_FAN3"}) {
+    warnings.push_back(std::string("Failed to read ") + fan + " " + GetParam().what +
+                       ". DDAL ecode -7, driver error -7");
+  }
+  EXPECT_EQ(Warnings(), warnings);
+}
+
+INSTANTIATE_TEST_SUITE_P(Readings, FailedReadingTest,
+                         testing::Values(FailedReading{"ddal_fan_get_rpm", "RPM"},
+                                         FailedReading{"ddal_fan_get_fan_pwm_freq", "PWM frequency"},
+                                         FailedReading{"ddal_fan_get_pwm", "PWM control word"}),
+                         [](const auto& test) { return std::string(test.param.function); });
 
 TEST_F(FanSpeedIndicationTest, FirstOneComesAfterThePeriodOfTheRequest) {
   RequestSpeed(30);
@@ -69,6 +127,19 @@ TEST_F(FanSpeedIndicationTest, NextExpiryIsArmedBeforeFansAreRead) {
   EXPECT_TRUE(fake::CalledInOrder({{"AaSysTimermCreate"}, {"ddal_fan_get_rpm", 0}, {"AaSysComMsgSendS"}}));
 }
 
+TEST_F(FanSpeedIndicationTest, ExpiryIsLoggedBeforeTheNextOneIsArmed) {
+  Poll();
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 0x20047,
+                                    "ApiFanSpeedPollTimerIndMsg message arrived 7 0x4050def 0x10104ad"},
+                                   {"AaSysTimermCreate"}}));
+}
+
+TEST_F(FanSpeedIndicationTest, TransactionIsLoggedSigned) {
+  fake::Dispatch(Expiry(Words({0xFFFFFFFF, kOtherClient})));
+  EXPECT_TRUE(
+      fake::Logged(EAaSysLogSeverityLevel_Debug, "ApiFanSpeedPollTimerIndMsg message arrived -1 0x4050def 0x10104ad"));
+}
+
 TEST_F(FanSpeedIndicationTest, ExpiryIsLogged) {
   Poll();
   EXPECT_TRUE(
@@ -94,6 +165,15 @@ TEST_F(FanSpeedIndicationTest, CarriesThreeFansWhereTheUnitHasThree) {
   EXPECT_EQ(indication.payload, Words({7, 3, 201, 0, 3000, 2, 202, 0, 3100, 2, 203, 0, 3200, 2}));
 }
 
+TEST_F(FanSpeedIndicationTest, CarriesNoFanWhereTheUnitHasNone) {
+  Start(EUnitVersion_Zun);
+  const fake::ReceivedMessage expiry(Expiry());
+  m_service->HandleFanSpeedPollTimerIndMsg(expiry);
+  ASSERT_EQ(Indications().size(), 1u);
+  EXPECT_EQ(Indications()[0].payload, Words({7, 0}));
+  EXPECT_TRUE(fake::Calls("ddal_fan_get_rpm").empty());
+}
+
 TEST_F(FanSpeedIndicationTest, CarriesTwoFansWhereTheUnitIsUnknown) {
   Start(EUnitVersion_Pivoc);
   EXPECT_EQ(WordAt(Poll(), 4), 2u);
@@ -105,6 +185,21 @@ TEST_F(FanSpeedIndicationTest, EachFanIsLogged) {
   EXPECT_EQ(fake::LogTexts(EAaSysLogSeverityLevel_Info),
             (std::vector<std::string>{"GAR_FAN1: rotating speed: 3100 (RPM), control value: 40, PWM frequency: 5kHz",
                                       "GAR_FAN2: rotating speed: 3100 (RPM), control value: 0, PWM frequency: 25kHz"}));
+}
+
+TEST_F(FanSpeedIndicationTest, NegativeReadingsAreLoggedSigned) {
+  fake::SetFan(0, {.rpm = -1, .hertz = -5000, .control = -2});
+  EXPECT_EQ(WordAt(Poll(), 16), 0xFFFFFFFFu);
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Info,
+                           "GAR_FAN1: rotating speed: -1 (RPM), control value: -2, PWM frequency: -5kHz"));
+}
+
+TEST_F(FanSpeedIndicationTest, ThirdFanIsLoggedWhereTheUnitHasThree) {
+  Start(EUnitVersion_Vyda);
+  fake::SetFan(2, {.rpm = 3300, .hertz = 1000, .control = 70});
+  Poll();
+  EXPECT_EQ(fake::LogTexts(EAaSysLogSeverityLevel_Info).back(),
+            "GAR_FAN3: rotating speed: 3300 (RPM), control value: 70, PWM frequency: 1kHz");
 }
 
 TEST_F(FanSpeedIndicationTest, EachFanIsReadInOrder) {
@@ -182,9 +277,30 @@ TEST_F(FanSpeedIndicationTest, IsSentAlsoWhenTheNextTimersMessageCannotBeCreated
 
 TEST_F(FanSpeedIndicationTest, PollingGoesOnWhenAnIndicationCannotBeCreated) {
   fake::FailCall("AaSysComMsgCreate", 2);
-  EXPECT_THROW(fake::Dispatch(Expiry()), MsgHandlingException);
+  EXPECT_EQ(Refusal(Expiry()), "Message handling error: Creation of API_FAN_SPEED_IND_MSG failed");
   EXPECT_TRUE(fake::SentMessages().empty());
   EXPECT_EQ(fake::Timers().size(), 1u);
+}
+
+TEST_F(FanSpeedIndicationTest, NoFanIsReadWhenAnIndicationCannotBeCreated) {
+  fake::FailCall("AaSysComMsgCreate", 2);
+  EXPECT_THROW(fake::Dispatch(Expiry()), MsgHandlingException);
+  EXPECT_TRUE(fake::Calls("ddal_fan_get_rpm").empty());
+}
+
+TEST_F(FanSpeedIndicationTest, IndicationWithoutPayloadIsDestroyed) {
+  Poll();
+  LosePayload("AaSysComMsgCreate", kIndicationId);
+  EXPECT_THROW(fake::Dispatch(Expiry()), MsgHandlingException);
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", kIndicationId}}));
+}
+
+TEST_F(FanSpeedIndicationTest, NextTimersMessageWithoutPayloadIsDestroyed) {
+  Poll();
+  LosePayload("AaSysComMsgCreate", kTimerId);
+  Poll();
+  EXPECT_EQ(Warnings(), std::vector<std::string>{"Could not start 60s Fan speed polling timer!"});
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", kTimerId}}));
 }
 
 TEST_F(FanSpeedIndicationTest, ExpiryWithoutPayloadIsRefused) {
@@ -205,9 +321,26 @@ TEST_F(FanSpeedIndicationTest, ExpiryWithALongPayloadIsReadFromItsBeginning) {
   EXPECT_EQ(indication.payload.size(), 40u);
 }
 
+TEST_F(FanSpeedIndicationTest, ComesNoMoreWhenTheNextExpiryCouldNotBeArmed) {
+  RequestSpeed(20);
+  fake::FailCall("AaSysTimermCreate");
+  Pass(20 * kSecond);
+  Pass(3600 * kSecond);
+  EXPECT_EQ(Indications().size(), 1u);
+}
+
+TEST_F(FanSpeedIndicationTest, RequestDeletesNoTimerWhenTheNextExpiryCouldNotBeArmed) {
+  RequestSpeed(20);
+  fake::FailCall("AaSysTimermCreate");
+  Poll();
+  Forget();
+  RequestSpeed(20);
+  EXPECT_TRUE(fake::Calls("AaSysTimerDelete").empty());
+}
+
 TEST_F(FanSpeedIndicationTest, NewRequestChangesTheRecipient) {
   RequestSpeed(20);
-  fake::Dispatch({.id = 0x2C15, .payload = Words({8, Receiver(4, 5, 0xDEF), 1, 201, 40}), .sender = kRequester});
+  RequestSpeedForOtherClient();
   Pass(20 * kSecond);
   ASSERT_EQ(Indications().size(), 1u);
   EXPECT_EQ(Indications()[0].receiver, kOtherClient);

@@ -26,6 +26,13 @@ TEST_P(FanSpeedRequestTest, ResponseCarriesTheTransactionTheOutcomeAndEachItem) 
   EXPECT_EQ(ItemsOf(response), (std::vector<u32>{2, 201, 40, 0, 203, 60, 0}));
 }
 
+TEST_P(FanSpeedRequestTest, InfoTextIsFollowedByZeros) {
+  EXPECT_EQ(InfoFieldOf(Ask(SpeedRequest{})), InfoField("Fan speed polling started."));
+  Forget();
+  fake::FailCall("AaSysTimermCreate");
+  EXPECT_EQ(InfoFieldOf(Ask(SpeedRequest{})), InfoField("Couldn't start speed polling!"));
+}
+
 TEST_P(FanSpeedRequestTest, MoreThanThreeItemsAreHandled) {
   const fake::Message response = Ask(SpeedRequest{.items = {201, 1, 202, 2, 203, 3, 201, 4}});
   EXPECT_EQ(ItemsOf(response), (std::vector<u32>{4, 201, 1, 0, 202, 2, 0, 203, 3, 0, 201, 4, 0}));
@@ -60,6 +67,30 @@ TEST_P(FanSpeedRequestTest, DriverFailureIsLoggedWithItsText) {
   EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Error,
                            "Setting speed value 101 for 0xca failed. DDAL ecode -3, driver error -3"));
   EXPECT_TRUE(fake::CalledInOrder({{"ddal_strerror", -3, 60}}));
+}
+
+TEST_P(FanSpeedRequestTest, SpeedThatTheDriverRefusesIsLoggedSigned) {
+  Ask(SpeedRequest{.items = {201, 0xFFFFFFFF}});
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Error,
+                           "Setting speed value -1 for 0xc9 failed. DDAL ecode -3, driver error -3"));
+}
+
+TEST_P(FanSpeedRequestTest, SizeIsCheckedBeforeTheReplyIsCreated) {
+  Ask(SpeedRequest{.numOfItems = 2});
+  const std::string sizes = " (size " + std::to_string(GetParam().head + 8) + " != calculated size " +
+                            std::to_string(GetParam().head + 16) + ")";
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug},
+                                   {"AaSysLogPrintE", EAaSysLogSeverityLevel_Error, 0x20047,
+                                    "Message payload size seems wrong in " + GetParam().message + "_REQ_MSG" + sizes},
+                                   {"AaSysComMsgCreateReply", GetParam().responseId}}));
+}
+
+TEST_P(FanSpeedRequestTest, OutcomeIsLoggedBetweenTheStartOfPollingAndTheResponse) {
+  Ask(SpeedRequest{});
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"AaSysTimermCreate"},
+       {"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 0x20047, GetParam().logName + " message handled, status: 0x0"},
+       {"AaSysComMsgSend", GetParam().responseId}}));
 }
 
 TEST_P(FanSpeedRequestTest, OutcomeIsLogged) {
@@ -130,19 +161,11 @@ TEST_P(FanSpeedRequestTest, ItemThatIsCutIsFilledWithZeros) {
   EXPECT_EQ(ItemsOf(response), (std::vector<u32>{1, 201, 0, 0}));
 }
 
-TEST_P(FanSpeedRequestTest, ItemsThatTheReplyCannotHoldAreCarriedOut) {
-  SpeedRequest request{.items = {}};
-  for (int i = 0; i < 6000; ++i) request.items.insert(request.items.end(), {201, 40});
-  const fake::Message response = Ask(request);
-  EXPECT_EQ(SpeedCalls().size(), 6000u);
-  EXPECT_EQ(response.payload.size(), (GetParam().numOfItems + 4 + 6000 * 12) % 65536);
-  EXPECT_EQ(WordAt(response, GetParam().numOfItems), 6000u);
-}
-
 TEST_P(FanSpeedRequestTest, MissingPayloadIsRefused) {
   EXPECT_EQ(Refusal(RequestOf(fake::Bytes{})),
             "Message handling error: Payload missing from " + GetParam().message + "_REQ_MSG");
   EXPECT_TRUE(fake::SentMessages().empty());
+  EXPECT_TRUE(fake::LogTexts(EAaSysLogSeverityLevel_Debug).empty());
   EXPECT_TRUE(fake::Timers().empty());
 }
 
@@ -152,6 +175,14 @@ TEST_P(FanSpeedRequestTest, ReplyThatCannotBeCreatedIsRefusedBeforeAFanIsSet) {
             "Message handling error: Payload missing from " + GetParam().message + "_RESP_MSG");
   EXPECT_TRUE(SpeedCalls().empty());
   EXPECT_TRUE(fake::Timers().empty());
+}
+
+TEST_P(FanSpeedRequestTest, ReplyWithoutPayloadIsRefusedAndDestroyed) {
+  Ask(SpeedRequest{});
+  LosePayload("AaSysComMsgCreateReply", GetParam().responseId);
+  EXPECT_EQ(Refusal(RequestOf(SpeedRequest{})),
+            "Message handling error: Payload missing from " + GetParam().message + "_RESP_MSG");
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", GetParam().responseId}}));
 }
 
 INSTANTIATE_FOR_BOTH_SPEED_VERSIONS(FanSpeedRequestTest);
@@ -175,6 +206,21 @@ TEST_F(FanSpeedArrivalTest, Version2IsLoggedWithItsPeriodAndThreeItems) {
       SpeedRequest{.receiver = Receiver(4, 5, 0x123), .timePeriod = 30, .items = {201, 40, 202, 50, 203, 60}});
   EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug,
                            "Api2SetFanSpeedReqMsg message arrived  0x2030abc 7 0x123 30 0x3 201 0x28 202 0x32 203 60"));
+}
+
+TEST_F(FanSpeedArrivalTest, Version1ShowsFansAndReceiverInHexadecimalAndAllElseSigned) {
+  Ask(kVersion1, Words({0xFFFFFFFF, Receiver(0, 0, 0xFFFF), 0xFFFFFFFE, 0xFFFFFFFD, 0xFFFFFFFC, 201, 0x80000000}));
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug,
+                           "ApiSetFanSpeedReqMsg message arrived  0x2030abc -1 0xffff -2 0xfffffffd -4 0xc9 "
+                           "-2147483648 0x0 0"));
+}
+
+TEST_F(FanSpeedArrivalTest, Version2ShowsReceiverNumberOfItemsAndTwoSpeedsInHexadecimalAndAllElseSigned) {
+  Ask(kVersion2, Words({0xFFFFFFFF, Receiver(0, 0, 0xFFFF), 0xFFFFFFFE, 0xFFFFFFFD, 0xFFFFFFFC, 0xFFFFFFFB, 0xFFFFFFFA,
+                        0xFFFFFFF9, 0xFFFFFFF8, 0xFFFFFFF7}));
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug,
+                           "Api2SetFanSpeedReqMsg message arrived  0x2030abc -1 0xffff -2 0xfffffffd -4 0xfffffffb -6 "
+                           "0xfffffff9 -8 -9"));
 }
 
 TEST_F(FanSpeedArrivalTest, Version2ShowsItemsBeyondThePayloadAsZero) {

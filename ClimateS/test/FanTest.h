@@ -28,8 +28,30 @@ class FanTest : public ServiceOnBoardTest {
     }
     return info;
   }
+  /// @return the whole info field of a response, with what follows its text
+  static std::string InfoFieldOf(const fake::Message& response) {
+    const std::string bytes(response.payload.begin(), response.payload.end());
+    return bytes.substr(8, 32);
+  }
+  /// @return a text as an info field holds it
+  static std::string InfoField(std::string text) {
+    text.resize(32, '\0');
+    return text;
+  }
   /// @return the status of a response, at its offset 4
   static u32 StatusOf(const fake::Message& response) { return WordAt(response, 4); }
+
+  /// Forgets what happened so far, and lets the payload be missing from a message that is created the next time.
+  /// @param creation function and id: how the message was created in what happened so far
+  static void LosePayload(const std::string& creation, u32 id) {
+    unsigned lost = 1;
+    for (const fake::Call& call : fake::Calls({"AaSysComMsgGetPayload", creation})) {
+      if (call.function == creation && call.arguments.at(0) == fake::Value(id)) break;
+      if (call.function == "AaSysComMsgGetPayload") ++lost;
+    }
+    Forget();
+    fake::FailCall("AaSysComMsgGetPayload", lost);
+  }
 
   /// @return the words of a payload from an offset in bytes on
   static std::vector<u32> WordsFrom(const fake::Message& message, std::size_t offset) {

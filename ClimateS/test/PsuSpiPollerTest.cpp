@@ -104,6 +104,13 @@ TEST_F(PsuSpiPollerTest, AThreadThatCannotBeStartedIsAnError) {
       fake::Logged(kError, "PsuSpiPoller::enableSpiEvents(): failed to start thread for PSU SPI poller, ret = 12"));
 }
 
+TEST_F(PsuSpiPollerTest, TheResultOfAThreadThatCannotBeStartedIsLoggedSigned) {
+  fake::FailCall("AaSysComEuCreateAndStart", 1, -5);
+  m_poller.enableSpiEvents();
+  EXPECT_TRUE(
+      fake::Logged(kError, "PsuSpiPoller::enableSpiEvents(): failed to start thread for PSU SPI poller, ret = -5"));
+}
+
 TEST_F(PsuSpiPollerTest, AThreadThatCannotBeStartedIsNotLoggedAsStarted) {
   fake::FailCall("AaSysComEuCreateAndStart");
   m_poller.enableSpiEvents();

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <ostream>
 #include <stdexcept>
 
 using namespace fake;
@@ -22,9 +23,7 @@ namespace {
 /// What a Service object holds.
 struct ServiceData {
   Service* service = nullptr;
-  std::string name;
-  u32 endpoint = 0;
-  u32 printFeature = 0;
+  ServiceArguments constructedWith;
   u32 state = 0;
   bool commonState = true;
   bool verbose = false;
@@ -100,10 +99,8 @@ Service::Service(const std::string& name, u32 endpoint, u32 printFeature, u32 se
     : m_state(std::make_unique<State>()) {
   const Lock lock;
   m_state->service = this;
-  m_state->name = name;
-  m_state->endpoint = endpoint;
-  m_state->printFeature = printFeature;
-  static_cast<void>(serviceState);
+  m_state->constructedWith = {
+      .name = name, .endpoint = endpoint, .printFeature = printFeature, .serviceState = serviceState};
   TheServices().push_back(m_state.get());
 }
 
@@ -143,13 +140,13 @@ Service& Service::Get() { return *Newest().service; }
 void Service::Startup(int argc, char** argv) {
   const std::string problem = m_state->arguments.Parse(argc, argv);
   if (!problem.empty()) {
-    LogError(m_state->name + ": " + problem);
+    LogError(m_state->constructedWith.name + ": " + problem);
     return;
   }
   if (!PreStartup()) return;
   {
     const Lock lock;
-    RegisterTask(m_state->endpoint, CurrentEu());
+    RegisterTask(m_state->constructedWith.endpoint, CurrentEu());
   }
   Init();
   Run();
@@ -220,6 +217,16 @@ std::vector<u32> RegisteredIds() {
   std::vector<u32> ids;
   for (const auto& delegate : Newest().delegates) ids.push_back(delegate->MsgId());
   return ids;
+}
+
+std::ostream& operator<<(std::ostream& out, const ServiceArguments& arguments) {
+  return out << '"' << arguments.name << "\", endpoint " << arguments.endpoint << ", print feature "
+             << arguments.printFeature << ", service state " << arguments.serviceState;
+}
+
+ServiceArguments ConstructedWith() {
+  const Lock lock;
+  return Newest().constructedWith;
 }
 
 void SetServiceState(u32 state) {

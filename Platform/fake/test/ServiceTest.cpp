@@ -105,6 +105,11 @@ TEST_F(ServiceBase, WaitingForATagThrowsWhenTold) {
   EXPECT_THROW(service.WaitForConfigTag("t", 6), MsgHandlingException);
 }
 
+TEST_F(ServiceBase, WhatAServiceWasConstructedWithIsKept) {
+  fake::Reset();
+  EXPECT_EQ(fake::ConstructedWith(), (fake::ServiceArguments{"PLAIN", kTask, 1, 2}));
+}
+
 TEST_F(ServiceBase, AStateThatATestSetsIsReported) {
   fake::SetServiceState(4097);
   EXPECT_EQ(service.GetServiceStateRad(), 4097u);

@@ -7,6 +7,7 @@
 #include "GloTypes.h"
 #include "fake/Messages.h"
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,19 @@ bool Dispatch(const Message& message);
 unsigned DispatchQueued();
 /// @return the ids of the registered delegates, in the order in which they were added
 std::vector<u32> RegisteredIds();
+
+/// What a service was constructed with.
+struct ServiceArguments {
+  std::string name;
+  u32 endpoint = 0;
+  u32 printFeature = 0;
+  u32 serviceState = 0;
+
+  bool operator==(const ServiceArguments&) const = default;
+  friend std::ostream& operator<<(std::ostream& out, const ServiceArguments& arguments);
+};
+/// @return what the service was constructed with; stays as it is over a Reset
+ServiceArguments ConstructedWith();
 
 /// Puts the service into a state of its own, which GetServiceStateRad returns. A new service, and each after a Reset,
 /// is in the state that all services share: 0.
