@@ -1,51 +1,70 @@
-/// One made-up message to a started service. The entry has the name and form that libFuzzer calls.
-#include "ClimateService.h"
+#include "MessageFuzz.h"
+
+#include "Boards.h"
 #include "HwapiException.h"
-#include "fake/Board.h"
-#include "fake/Hardware.h"
-#include "fake/Log.h"
-#include "fake/Messages.h"
+#include "Steps.h"
+#include "fake/Config.h"
+#include "fake/Failures.h"
+#include "fake/Files.h"
 #include "fake/Platform.h"
-#include "fake/Recorder.h"
 #include "fake/Service.h"
+#include "fake/Time.h"
 #include "messages/MessageIds.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
+namespace fuzz {
 namespace {
 
 using ps::hwapi::common::MsgHandlingException;
 using ps::hwapi::common::climate::ClimateService;
 
-constexpr u32 kIds[] = {API_SET_FAN_PWM_FREQ_REQ_MSG,    API_SET_FAN_SPEED_REQ_MSG,
-                        API2_SET_FAN_SPEED_REQ_MSG,      API_FAN_SPEED_POLL_TIMER_IND_MSG,
-                        API_TEMP_MEAS_REQ_MSG,           API_TEMPERATURE_POLL_TIMER_IND_MSG,
-                        API_STORE_BLACKBOX_DATA_REQ_MSG, API_BLACKBOX_STORE_FILE_REQ_MSG};
-constexpr u32 kFans = 3;
-constexpr u8 kOtherEndianBit = 0x80;
-constexpr u8 kIdBits = 0x7F;
+/// Handlers that are registered on some boards or later than at the start, but hold on every started service.
+struct Direct {
+  u32 id;
+  void (ClimateService::*handler)(void* msg);
+};
+constexpr Direct kDirect[] = {
+    {.id = API_SET_FAN_PWM_FREQ_REQ_MSG, .handler = &ClimateService::HandleApiSetFanPwmFreqReqMsg},
+    {.id = API_SET_FAN_SPEED_REQ_MSG, .handler = &ClimateService::HandleApiSetFanSpeedReqMsg},
+    {.id = API2_SET_FAN_SPEED_REQ_MSG, .handler = &ClimateService::HandleApi2SetFanSpeedReqMsg},
+    {.id = API_FAN_SPEED_POLL_TIMER_IND_MSG, .handler = &ClimateService::HandleFanSpeedPollTimerIndMsg},
+    {.id = API_AUTODET_RESP_MSG, .handler = &ClimateService::HandleAutodetResp},
+    {.id = API_AUTODET_UNIT_IND_MSG, .handler = &ClimateService::HandleAutodetUnitInd},
+};
 
-/// The service under test, on a board with three fans. Lives as long as the program.
-ClimateService& StartedService() {
-  static ClimateService* const service = [] {
-    fake::Reset();
-    fake::Unit() = {.type = EUnitType_Kel, .version = EUnitVersion_Kelf};
-    for (u32 fan = 0; fan < kFans; ++fan) fake::SetFan(fan, {.rpm = 3000});
-    auto* const started = new ClimateService;
-    fake::ServeTask(0x4B6);
-    started->Init();
-    return started;
-  }();
-  return *service;
+std::map<u32, Tally>& TheTallies() {
+  static auto& tallies = *new std::map<u32, Tally>;
+  return tallies;
 }
 
-void Forget() {
-  fake::Clear();
-  fake::ClearLog();
-  fake::ClearSentMessages();
+/// @return whether there is a handler for the message
+bool Handle(ClimateService& service, const fake::Message& message) {
+  if (fake::Dispatch(message)) return true;
+  for (const Direct& direct : kDirect) {
+    if (direct.id != message.id) continue;
+    const fake::ReceivedMessage received(message);
+    (service.*direct.handler)(received);
+    return true;
+  }
+  return false;
+}
+
+void HandleAndCount(ClimateService& service, const fake::Message& message) {
+  bool handled = true;
+  bool refused = false;
+  try {
+    handled = Handle(service, message);
+  } catch (const MsgHandlingException&) {
+    // The receive loop logs it and goes on.
+    refused = true;
+  }
+  if (!handled) return;
+  Tally& tally = TheTallies()[message.id];
+  tally.handled += 1;
+  tally.refused += refused ? 1 : 0;
+  tally.otherEndian += message.otherEndian ? 1 : 0;
 }
 
 [[noreturn]] void Fail(const char* what) {
@@ -56,27 +75,34 @@ void Forget() {
 void Check() {
   if (const auto violations = fake::Violations(); !violations.empty()) Fail(violations.front().c_str());
   if (fake::LiveMessages() != 0) Fail("a message was neither sent nor destroyed");
+  if (fake::LiveMemory() != 0) Fail("memory of a tag was not released");
+  if (fake::OpenFiles() != 0) Fail("a file was left open");
+}
+
+void Do(ClimateService& service, const Step& step) {
+  if (step.failing != nullptr) (step.onwards ? fake::FailFrom : fake::FailCall)(step.failing, step.nth, {});
+  if (step.message.id != 0) {
+    HandleAndCount(service, step.message);
+  } else {
+    fake::AdvanceTime(step.microseconds);
+    fake::DispatchQueued();
+  }
+  fake::StopFailing();
+  Check();
 }
 
 }  // namespace
 
-/// @param data first byte: which message, and whether it is in the other byte order; the rest is its payload
-extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(const std::uint8_t* data,
-                                                                             std::size_t size) {
-  if (size == 0) return 0;
-  StartedService();
-  fake::Message message;
-  message.id = kIds[(data[0] & kIdBits) % std::size(kIds)];
-  message.otherEndian = (data[0] & kOtherEndianBit) != 0;
-  message.sender = 0x01018000;
-  message.receiver = 0x010104B6;
-  message.payload.assign(data + 1, data + size);
-  try {
-    fake::Dispatch(message);
-  } catch (const MsgHandlingException&) {
-    // The receive loop logs it and goes on.
-  }
-  Check();
-  Forget();
+const std::map<u32, Tally>& Tallies() { return TheTallies(); }
+
+}  // namespace fuzz
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Input input(data, size);
+  auto service = fuzz::StartOnBoard(input.Byte());
+  for (const u32 id : fake::RegisteredIds()) fuzz::TheTallies()[id].handled += 0;
+  while (!input.IsEmpty()) fuzz::Do(*service, fuzz::NextStep(input));
+  service.reset();
+  fuzz::Check();
   return 0;
 }
