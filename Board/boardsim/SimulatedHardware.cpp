@@ -27,23 +27,24 @@ int SimulatedHardware::Start() {
   return error;
 }
 
-void SimulatedHardware::Advance(unsigned steps) {
-  for (unsigned i = 0; i < steps; ++i) StepOnce();
+void SimulatedHardware::Advance(unsigned steps, unsigned stepMs) {
+  for (unsigned i = 0; i < steps; ++i) StepOnce(stepMs / 1000.0);
   for (const Sensor& sensor : m_sensors) {
     if (sensor.mode == SensorMode::Auto) ddal_sim_temp_set(sensor.device, sensor.shown);
   }
   for (const SimulatedFan& fan : m_fans) ddal_sim_fan_rpm_set(fan.id, fan.rpm);
 }
 
-void SimulatedHardware::StepOnce() {
-  const double activity = ActivityAt(static_cast<double>(m_steps++) * kStepSeconds);
+void SimulatedHardware::StepOnce(double seconds) {
+  const double activity = ActivityAt(m_seconds);
+  m_seconds += seconds;
   for (SimulatedFan& fan : m_fans) {
     SDdalSimFan asked{};
     ddal_sim_fan_get(fan.id, &asked);
-    fan.rpm = fan.model.Step(kStepSeconds, asked.control);
+    fan.rpm = fan.model.Step(seconds, asked.control);
   }
   const double fanLevel = FanLevel();
-  for (Sensor& sensor : m_sensors) sensor.shown = sensor.model.Step(kStepSeconds, activity, fanLevel);
+  for (Sensor& sensor : m_sensors) sensor.shown = sensor.model.Step(seconds, activity, fanLevel);
 }
 
 double SimulatedHardware::FanLevel() const {

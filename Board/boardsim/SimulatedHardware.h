@@ -13,8 +13,8 @@ namespace boardsim {
 /// Keeps the registers of all simulated devices up to date. Used by one thread.
 class SimulatedHardware {
  public:
-  /// Length of a step of the physics, board time.
-  static constexpr double kStepSeconds = 0.2;
+  /// Length of a step of the physics unless somebody wants longer ones, milliseconds of board time.
+  static constexpr unsigned kStepMs = 200;
 
   explicit SimulatedHardware(const hwapi::board::BoardDescription& board);
   ~SimulatedHardware();
@@ -23,8 +23,8 @@ class SimulatedHardware {
 
   /// Takes the hardware into operation with first values. @return 0, else the driver's error code
   int Start();
-  /// Advances the physics by @p steps steps and shows the result.
-  void Advance(unsigned steps);
+  /// Advances the physics by @p steps steps of @p stepMs milliseconds, board time, and shows the result.
+  void Advance(unsigned steps, unsigned stepMs = kStepMs);
   /// Lets a sensor show something else. @return 0, else the driver's error code
   int SetSensor(u32 device, SensorMode mode, i32 value);
   /// Lets a fan stick, fail, or follow the physics again. @return as SetSensor
@@ -49,13 +49,13 @@ class SimulatedHardware {
     i32 writeFailure = 0;
   };
 
-  void StepOnce();
+  void StepOnce(double seconds);
   static void Change(SimulatedFan& fan, FanChange change, i32 value);
   double FanLevel() const;
 
   std::vector<Sensor> m_sensors;
   std::vector<SimulatedFan> m_fans;
-  unsigned m_steps = 0;
+  double m_seconds = 0;  ///< board time since the start
 };
 
 }  // namespace boardsim

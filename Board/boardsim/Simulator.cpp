@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <vector>
@@ -23,7 +24,11 @@ using ps::hwapi::common::Service;
 
 /// Shortest time between two updates of the hardware, host milliseconds: a fast clock takes several steps at once.
 constexpr unsigned kShortestTickMs = 50;
-constexpr unsigned kStepMs = static_cast<unsigned>(SimulatedHardware::kStepSeconds * 1000);
+constexpr unsigned kStepMs = SimulatedHardware::kStepMs;
+/// Most steps in an update: where the clock is faster still, the steps get longer instead.
+constexpr unsigned kMostSteps = 250;
+/// Longest time between two updates, board milliseconds: its microseconds fit a timer's 32 bits.
+constexpr unsigned kLongestTickMs = 4'000'000;
 
 std::string DriverText(int code) {
   char text[80];
@@ -75,8 +80,10 @@ void Simulator::Exit() {
 
 void Simulator::StartTicks() {
   const unsigned speed = hwapi::board::OwnBoard().clock.speed;
-  m_stepsPerTick = (kShortestTickMs * speed + kStepMs - 1) / kStepMs;
-  const u32 periodUs = m_stepsPerTick * kStepMs * 1000;
+  const unsigned tickMs = std::min(kShortestTickMs * speed, kLongestTickMs);
+  m_stepMs = std::max(kStepMs, tickMs / kMostSteps);
+  m_stepsPerTick = (tickMs + m_stepMs - 1) / m_stepMs;
+  const u32 periodUs = m_stepsPerTick * m_stepMs * 1000;
   const TAaSysComSicad self = AaSysComSicadGet(BOARDSIM_TASK, AaSysComGetOwnNid());
   void* msg = AaSysComMsgCreate(BOARDSIM_TICK_IND_MSG, 0, self);
   TAaSysTimerId timer = 0;
@@ -86,7 +93,7 @@ void Simulator::StartTicks() {
   }
 }
 
-void Simulator::HandleTick(void* /*msg*/) { m_hardware->Advance(m_stepsPerTick); }
+void Simulator::HandleTick(void* /*msg*/) { m_hardware->Advance(m_stepsPerTick, m_stepMs); }
 
 void Simulator::HandleTempReq(void* msg) {
   const Msg<TempReq, BOARDSIM_TEMP_REQ_MSG> request(msg);

@@ -34,6 +34,7 @@ class Simulator : public ps::hwapi::common::Service {
   const StateDirectory m_state;
   const std::string m_daemon;
   unsigned m_stepsPerTick = 1;
+  unsigned m_stepMs = 0;
   std::unique_ptr<SimulatedHardware> m_hardware;
   ResetNeighbour m_reset;
   AutodetNeighbour m_autodet;

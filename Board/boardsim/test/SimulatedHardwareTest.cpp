@@ -67,6 +67,12 @@ TEST_F(SimulatedHardwareTest, SettlesAtTheSpeedThatIsAsked) {
   EXPECT_NEAR(Rpm(1), 1000, 1);
 }
 
+TEST_F(SimulatedHardwareTest, SettlesAlsoInLongSteps) {
+  SetSpeeds(100, 25);
+  m_hardware->Advance(250, 16'000);
+  EXPECT_NEAR(Rpm(0), 6000, 1);
+}
+
 TEST_F(SimulatedHardwareTest, IsCoolerTheFasterItsFansTurn) {
   SetSpeeds(0, 0);
   EXPECT_NEAR(CelsiusWhenSettled(), 50, 0.1);
