@@ -64,11 +64,12 @@ class Service {
   virtual bool PreStartup();
   /// Called once the own endpoint is registered.
   virtual void Init();
-  /// Receives messages and calls the delegate of their id until SIGTERM or SIGINT comes. A MsgHandlingException that
-  /// leaves a handler is logged; the message is freed after its handler. A message without a delegate is logged,
-  /// counted and freed.
+  /// Receives messages and calls the delegate of their id until SIGTERM or SIGINT comes. A MsgHandlingException or a
+  /// std::bad_alloc that leaves a handler is logged; the message is freed after its handler. A message without a
+  /// delegate is logged, counted and freed.
   virtual void Run();
-  /// Called when Run has ended.
+  /// Called when Run has ended; or on another thread, while Init still waits, when a signal ends a start that does not
+  /// come to its end.
   virtual void Exit();
   virtual bool HandleRedundancyStateCommand(ERedundancyCommand /*command*/, ERedundancyState* state) {
     *state = ERedundancyState_Ready;

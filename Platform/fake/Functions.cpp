@@ -67,6 +67,7 @@ constexpr Function kFunctions[] = {
     {.name = "AaSysTimeSleep", .failing = Failing::Errno},
     {.name = "AaSysTimerDelete", .failing = Failing::Errno},
     {.name = "AaSysTimermCreate", .failing = Failing::Errno},
+    {.name = "AaTrblCollect", .failing = Failing::Trbl},
     {.name = "AaTrblFileRegister", .failing = Failing::Trbl},
     {.name = "AaTrblFileUnregister", .failing = Failing::Trbl},
     {.name = "AaUtcTimeGet", .failing = Failing::Errno},

@@ -8,6 +8,31 @@
 
 #include <cstddef>
 
+/// What is reset, and how (reset_extra of SApi2ResetReq).
+enum EHwapiResetServiceResetType : u32 {
+  EHwapiResetServiceMCUResetType_CoreReset = 1,
+  EHwapiResetServiceMCUResetType_ChipReset = 2,
+  EHwapiResetServiceMCUResetType_SystemReset = 3,
+  EHwapiResetServiceMCUResetType_ColdReset = 4,
+  EHwapiResetServiceMCUResetType_ConfigurationReset = 5,
+  EHwapiResetServiceMCUResetType_SystemModuleReset = 6,
+  EHwapiResetServiceMCUResetType_WarmReset = 7,
+  EHwapiResetServiceMCUResetType_RemoteColdReset = 8,
+  EHwapiResetServiceMCUResetType_RemoteWarmReset = 9,
+  EHwapiResetServiceZUNResetType_Soft = 10,
+  EHwapiResetServiceZUNResetType_SoftFailure = 11,
+  EHwapiResetServiceZUNResetType_Hard = 12,
+  EHwapiResetServiceZUNResetType_HardFailure = 13,
+  EHwapiResetServiceMCUResetType_SystemModuleDiagnosticReset = 14,
+  EHwapiResetServiceMCUResetType_SystemModuleSiteReset = 15,
+  EHwapiResetServiceMCUResetType_SystemModuleBtsReset = 16,
+  EHwapiResetServiceMCUResetType_RatReset = 17,
+  EHwapiResetServiceMCUResetType_UPlaneReset = 18,
+  EHwapiResetServiceMCUResetType_SystemModuleSiteResetRapid = 19,
+  EHwapiResetServiceMCUResetType_LocalWarmReset = 20,
+  EHwapiResetServiceMCUResetType_SystemModuleSelfDiagnosticReset = 21
+};
+
 /// Why a reset is asked for.
 enum EResetCategory : u32 {
   EResetCategory_Unknown = 0,

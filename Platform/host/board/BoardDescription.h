@@ -34,7 +34,7 @@ struct Node {
 
 /// The board's clock.
 struct Clock {
-  unsigned speed = 1;                   ///< board seconds a second, 1 to 3600
+  unsigned speed = 1;                   ///< board seconds a second, 1 to 86400
   std::optional<std::int64_t> startMs;  ///< time at the board's start, milliseconds since 1970 UTC; none: the host's
 };
 
@@ -103,6 +103,9 @@ struct Boot {
   std::optional<u32> active;  ///< file system of the active image, 53 or 54
   std::optional<u32> image;   ///< image that runs: 0 active, 1 passive
   std::optional<i32> resetLoopCount;
+  std::optional<u32> resetType;         ///< how the board was last reset, as the reset service tells (ERPresetType)
+  std::optional<std::string> fs1Build;  ///< software build that each file system holds
+  std::optional<std::string> fs2Build;
 };
 
 /// Mount states (EDdalMountState) that replace those of the mount table.

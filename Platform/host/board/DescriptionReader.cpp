@@ -62,7 +62,7 @@ void ReadNodeAndClock(TableReader& root, BoardDescription& description, Problems
   Take(description.node.board, node.Integer<u8>("board"));
   Take(description.node.cpu, node.Integer<u8>("cpu"));
   TableReader clock(root.Table("clock"), "[clock]", problems);
-  Take(description.clock.speed, clock.Integer<unsigned>("speed", 1, 3600));
+  Take(description.clock.speed, clock.Integer<unsigned>("speed", 1, 86400));
   description.clock.startMs = clock.DateTime("start");
   if (description.clock.startMs.value_or(0) < 0)
     clock.Reject("start", "is before 1970; the board's clock begins there");
@@ -129,6 +129,18 @@ void ReadRad(TableReader& root, BoardDescription& description, Problems& problem
   }
 }
 
+/// Reads a build, which is part of a file name.
+std::optional<std::string> Build(TableReader& boot, std::string_view key) {
+  constexpr std::size_t kLongest = 200;
+  constexpr std::string_view kAllowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._+-";
+  const auto build = boot.Text(key);
+  if (!build || (!build->empty() && build->size() <= kLongest && build->find_first_not_of(kAllowed) == build->npos)) {
+    return build;
+  }
+  boot.Reject(key, "is no build: write at most 200 letters, digits and . _ + -, such as \"R2_4.1\"");
+  return std::nullopt;
+}
+
 void ReadBoot(TableReader& root, BoardDescription& description, Problems& problems) {
   TableReader backplane(root.Table("backplane"), "[backplane]", problems);
   description.backplaneType = backplane.Integer<i32>("type");
@@ -136,6 +148,9 @@ void ReadBoot(TableReader& root, BoardDescription& description, Problems& proble
   description.boot.active = boot.Integer<u32>("active", DDAL_FFS_FS1, DDAL_FFS_FS2);
   description.boot.image = boot.Integer<u32>("image", 0, 1);
   description.boot.resetLoopCount = boot.Integer<i32>("reset_loop_count");
+  description.boot.resetType = boot.Integer<u32>("reset_type");
+  description.boot.fs1Build = Build(boot, "fs1_build");
+  description.boot.fs2Build = Build(boot, "fs2_build");
   TableReader mounts(root.Table("mounts"), "[mounts]", problems);
   description.mounts.fs1 = mounts.Choice("fs1", kMountStates);
   description.mounts.fs2 = mounts.Choice("fs2", kMountStates);

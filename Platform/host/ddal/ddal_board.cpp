@@ -9,6 +9,7 @@
 #include <mntent.h>
 
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -47,16 +48,22 @@ std::optional<u32> MountState(std::string_view folder) {
   return state;
 }
 
+/// @return the number that a counter shows; none when it shows none. One that is too large for its type is at its end.
+std::optional<i32> CounterIn(const std::string& text) {
+  std::uint64_t count = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+  if (error == std::errc::invalid_argument) return std::nullopt;
+  return error == std::errc() && count < INT32_MAX ? static_cast<i32>(count) : INT32_MAX;
+}
+
 /// @return sum of a counter over the kernel's memory controllers; none when it watches no memory
 std::optional<i32> MemoryErrors(const char* counter) {
   const std::string controllers = ddal::SysfsRoot() + "/devices/system/edac/mc";
   std::optional<i32> sum;
   for (const std::string& name : ddal::ListFolder(controllers, "mc")) {
-    const std::string text = ddal::ReadLine(controllers + '/' + name + '/' + counter);
-    i32 count = 0;
-    if (std::from_chars(text.data(), text.data() + text.size(), count).ec != std::errc()) continue;
+    const std::optional<i32> count = CounterIn(ddal::ReadLine(controllers + '/' + name + '/' + counter));
     i32 total = 0;
-    sum = __builtin_add_overflow(sum.value_or(0), count, &total) ? INT32_MAX : total;
+    if (count) sum = __builtin_add_overflow(sum.value_or(0), *count, &total) ? INT32_MAX : total;
   }
   return sum;
 }

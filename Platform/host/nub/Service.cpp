@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -71,6 +72,7 @@ struct Service::State {
   void ParseCommandLine(int argc, const char* const* argv);
   void CheckBoard() const;
   void RegisterEndpoint() const;
+  bool Start(Service& service) const;
   void StartSignsOfLife();
   void StopSignsOfLife();
   void Deliver(void* msg);
@@ -146,6 +148,9 @@ void Service::State::CallDelegate(MsgDelegateBase& delegate, void* msg) const {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, printFeature, "Message 0x%x: %s: %s (file: %s, line: %zu)",
                    delegate.MsgId(), failure.what(), failure.getDescription().c_str(), failure.getFile().c_str(),
                    failure.getLine());
+  } catch (const std::bad_alloc&) {
+    // A message that memory does not suffice for is lost; the next one may need less.
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, printFeature, "Message 0x%x: out of memory", delegate.MsgId());
   }
 }
 
@@ -180,15 +185,24 @@ Service& Service::Get() {
 bool Service::PreStartup() { return true; }
 void Service::Init() {}
 
+/// The steps that a service may block in.
+bool Service::State::Start(Service& service) const {
+  const Shutdown::Start start([] {
+    if (Shutdown::Own().HasEndpoint()) g_service->Exit();
+  });
+  Shutdown::TakeSignals();
+  if (!service.PreStartup()) return false;
+  RegisterEndpoint();
+  Shutdown::Own().SetEndpoint(OwnAddress());
+  service.Init();
+  return true;
+}
+
 void Service::Startup(int argc, char** argv) {
   Shutdown::BlockSignals();
   m_state->ParseCommandLine(argc, argv);
   m_state->CheckBoard();
-  Shutdown::TakeSignals();
-  if (!PreStartup()) return;
-  m_state->RegisterEndpoint();
-  Shutdown::Own().SetEndpoint(m_state->OwnAddress());
-  Init();
+  if (!m_state->Start(*this)) return;
   m_state->supervisor.Ready();
   m_state->StartSignsOfLife();
   Run();
@@ -210,7 +224,8 @@ void Service::Run() {
                  m_state->unknownMsgs);
 }
 
-/// May be called again by destructors, and for a service that never started.
+/// May be called again by destructors, for a service that never started, and on the thread of the signals for one whose
+/// start is given up.
 void Service::Exit() {
   Shutdown::Own().SetEndpoint(0);
   Shutdown::Own().Request();

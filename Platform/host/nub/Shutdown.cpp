@@ -50,7 +50,29 @@ void* Shutdown::WaitForSignals(void*) {
   // Whoever sends a second signal does not want to wait for the orderly end: it finds this thread and ends the process.
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
   Own().Request();
+  Own().GiveUpStart(number);
   for (;;) pause();
+}
+
+/// Holds the mutex to the end of the process: the thread of the start must not go on any more.
+void Shutdown::GiveUpStart(int signal) {
+  std::unique_lock lock(m_startMutex);
+  if (m_startEnded.wait_for(lock, kPatienceWithStart, [this] { return m_wayOut == nullptr; })) return;
+  m_wayOut();
+  ::signal(signal, SIG_DFL);
+  raise(signal);
+  _exit(128 + signal);  // the first process of a namespace is not ended by its own signals
+}
+
+Shutdown::Start::Start(void (*wayOut)()) {
+  const std::lock_guard lock(Own().m_startMutex);
+  Own().m_wayOut = wayOut;
+}
+
+Shutdown::Start::~Start() {
+  const std::lock_guard lock(Own().m_startMutex);
+  Own().m_wayOut = nullptr;
+  Own().m_startEnded.notify_all();
 }
 
 void Shutdown::Request() {

@@ -1,6 +1,8 @@
 // Files and directories.
 #include "AaFile.h"
 
+#include "AaSysLog.h"
+#include "ComLog.h"
 #include "Export.h"
 #include "Replacement.h"
 
@@ -12,7 +14,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -21,98 +22,233 @@
 #include <vector>
 
 using hwapi::qis::Fd;
+using hwapi::qis::kPlatformFeature;
 using hwapi::qis::Replacement;
+using hwapi::qis::Uninterrupted;
 
-struct CloseStream {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
+namespace {
+
+constexpr std::size_t kReadSize = 4 * 1024;
+constexpr std::size_t kWriteSize = 16 * 1024;
+
+}  // namespace
 
 struct TAaFile {
+  TAaFile(const char* itsPath, Fd&& itsSource)
+      : path(itsPath), source(std::move(itsSource)), size(kReadSize), buffer(new char[kReadSize]) {}
+  TAaFile(const char* itsPath, std::unique_ptr<Replacement>&& itsReplacement)
+      : path(itsPath), replacement(std::move(itsReplacement)), size(kWriteSize), buffer(new char[kWriteSize]) {}
+
+  std::string path;
+  Fd source;                                 ///< none when it is written
   std::unique_ptr<Replacement> replacement;  ///< null when it is read
-  Stream stream;
-  int error = 0;  ///< of the first write that failed
+  int error = 0;                             ///< of the first read or write that failed
+  /// Bytes from @p begin on, up to @p end, that are read but not given, or taken but not written.
+  std::size_t size;
+  std::unique_ptr<char[]> buffer;
+  std::size_t begin = 0;
+  std::size_t end = 0;
 };
 
 namespace {
 
-struct CloseDir {
-  void operator()(DIR* dir) const { ::closedir(dir); }
-};
+bool MeansNotThere(int error) { return error == ENOENT || error == ENOTDIR; }
+
+/// @return what can be done about an error
+const char* Remedy(int error) {
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+      return "; make room there";
+    case EROFS:
+      return "; mount its file system writable";
+    default:
+      return "";
+  }
+}
+
+void LogNotReplaced(const char* path, int error) {
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature, "File %s is not written, what was there stays: %s%s",
+                 path, std::strerror(error), Remedy(error));
+}
+
+void LogNotRead(const char* path, int error) {
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature, "File %s cannot be read: %s", path,
+                 std::strerror(error));
+}
+
+Fd OpenSource(const char* path) {
+  return Fd(Uninterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC); }));
+}
 
 TAaFile* OpenToRead(const char* path) {
-  Fd fd(::open(path, O_RDONLY | O_CLOEXEC));
+  Fd source = OpenSource(path);
   struct stat status {};
-  if (!fd || ::fstat(fd.Get(), &status) != 0 || S_ISDIR(status.st_mode)) {
+  if (!source || ::fstat(source.Get(), &status) != 0) {
+    if (!MeansNotThere(errno)) {
+      LogNotRead(path, errno);
+    }
     return nullptr;
   }
-  Stream stream(::fdopen(fd.Get(), "r"));
-  if (!stream) {
+  if (S_ISDIR(status.st_mode)) {
     return nullptr;
   }
-  static_cast<void>(fd.Release());  // the stream closes it
-  return new TAaFile{.replacement = nullptr, .stream = std::move(stream)};
+  return new TAaFile(path, std::move(source));
 }
 
 TAaFile* OpenToReplace(const char* path) {
   std::unique_ptr<Replacement> replacement = Replacement::Begin(path);
   if (!replacement) {
+    LogNotReplaced(path, errno);
     return nullptr;
   }
-  Fd fd(::fcntl(replacement->File(), F_DUPFD_CLOEXEC, 0));
-  Stream stream(fd ? ::fdopen(fd.Get(), "w") : nullptr);
-  if (!stream) {
-    return nullptr;
+  return new TAaFile(path, std::move(replacement));
+}
+
+/// Fills the empty buffer.
+/// @return false at the end of the file and after an error
+bool Refill(TAaFile& file) {
+  if (file.error != 0) {
+    return false;
   }
-  static_cast<void>(fd.Release());  // the stream closes it
-  return new TAaFile{.replacement = std::move(replacement), .stream = std::move(stream)};
+  const ssize_t size = Uninterrupted([&file] { return ::read(file.source.Get(), file.buffer.get(), file.size); });
+  if (size < 0) {
+    file.error = errno;
+    LogNotRead(file.path.c_str(), file.error);
+  }
+  file.begin = 0;
+  file.end = size > 0 ? static_cast<std::size_t>(size) : 0;
+  return size > 0;
+}
+
+/// Moves the rest of a line, or as much of it as there is room for, from the buffer to @p line.
+/// @return number of bytes
+std::size_t TakeOfLine(TAaFile& file, char* line, std::size_t room) {
+  const char* const first = file.buffer.get() + file.begin;
+  std::size_t size = std::min(room, file.end - file.begin);
+  if (const void* const end = std::memchr(first, '\n', size); end != nullptr) {
+    size = static_cast<std::size_t>(static_cast<const char*>(end) - first) + 1;
+  }
+  std::memcpy(line, first, size);
+  file.begin += size;
+  return size;
+}
+
+/// @return number of bytes of the line, or of a piece that fits; 0 at the end of the file and after an error
+std::size_t ReadLine(TAaFile& file, char* line, std::size_t room) {
+  std::size_t size = 0;
+  while (size < room && (size == 0 || line[size - 1] != '\n')) {
+    if (file.begin == file.end && !Refill(file)) {
+      break;
+    }
+    size += TakeOfLine(file, line + size, room - size);
+  }
+  return file.error == 0 ? size : 0;
+}
+
+/// Writes what is in the buffer.
+/// @return 0, else an errno value
+int Flush(TAaFile& file) {
+  if (file.error == 0) {
+    file.error = file.replacement->Write(file.buffer.get(), file.end);
+  }
+  file.end = 0;
+  return file.error;
 }
 
 /// @return 0, else an errno value
-int WriteAll(int file, const char* bytes, std::size_t size) {
-  while (size != 0) {
-    const ssize_t written = ::write(file, bytes, size);
-    if (written < 0 && errno != EINTR) {
-      return errno;
-    }
-    const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
-    bytes += done;
-    size -= done;
+int Append(TAaFile& file, const char* bytes, std::size_t size) {
+  if (size > file.size - file.end && Flush(file) != 0) {
+    return file.error;
   }
+  if (size >= file.size) {
+    return file.error = file.replacement->Write(bytes, size);
+  }
+  std::memcpy(file.buffer.get() + file.end, bytes, size);
+  file.end += size;
   return 0;
 }
 
-int CopyAll(int source, int target) {
+/// @return 0, else an errno value
+int CopyAll(int source, Replacement& target) {
   std::array<char, 16 * 1024> buffer;
   for (;;) {
-    const ssize_t size = ::read(source, buffer.data(), buffer.size());
-    if (size < 0 && errno == EINTR) {
-      continue;
-    }
+    const ssize_t size = Uninterrupted([&] { return ::read(source, buffer.data(), buffer.size()); });
     if (size <= 0) {
       return size < 0 ? errno : 0;
     }
-    if (const int error = WriteAll(target, buffer.data(), static_cast<std::size_t>(size)); error != 0) {
+    if (const int error = target.Write(buffer.data(), static_cast<std::size_t>(size)); error != 0) {
       return error;
     }
   }
 }
 
-bool IsOfType(const char* path, mode_t type) {
-  struct stat status {};
-  return path != nullptr && ::stat(path, &status) == 0 && (status.st_mode & S_IFMT) == type;
+/// @return 0, else an errno value
+int Copy(const char* source, const char* target) {
+  const Fd from = OpenSource(source);
+  if (!from) {
+    return errno;
+  }
+  const std::unique_ptr<Replacement> to = Replacement::Begin(target);
+  if (!to) {
+    return errno;
+  }
+  const int error = CopyAll(from.Get(), *to);
+  return error != 0 ? error : to->Commit();
 }
 
+bool IsOfType(const char* path, mode_t type) {
+  struct stat status {};
+  if (path == nullptr) {
+    return false;
+  }
+  if (::stat(path, &status) == 0) {
+    return (status.st_mode & S_IFMT) == type;
+  }
+  if (!MeansNotThere(errno)) {
+    LogNotRead(path, errno);
+  }
+  return false;
+}
+
+/// Makes a new directory last: without that one power cut would take what is synced inside with it.
+void SyncFolderOf(const std::string& path) {
+  const std::string folder = path.substr(0, path.rfind('/') + 1);
+  const Fd fd(
+      Uninterrupted([&] { return ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if ((fd && Uninterrupted([&] { return ::fsync(fd.Get()); }) == 0) || errno == EINVAL) {
+    return;  // EINVAL: a file system whose folders need no sync
+  }
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                 "Directory %s is made, but a power cut may take it away: the one above cannot be synced: %s",
+                 path.c_str(), std::strerror(errno));
+}
+
+/// @return 0, also when it is there already, else an errno value
 int MakeDirectory(const std::string& path) {
   if (::mkdir(path.c_str(), 0755) == 0) {
+    SyncFolderOf(path);
     return 0;
   }
   const int error = errno;
-  return IsOfType(path.c_str(), S_IFDIR) ? 0 : error;
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+  }
+  return error == EEXIST ? errno : error;
+}
+
+int MakeDirectories(const std::string& path) {
+  for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+    if (const int error = MakeDirectory(path.substr(0, slash)); error != 0) {
+      return error;
+    }
+  }
+  return path.back() == '/' ? 0 : MakeDirectory(path);
 }
 
 int ReadNames(const char* path, std::vector<std::string>& names) {
-  const std::unique_ptr<DIR, CloseDir> dir(::opendir(path));
+  const std::unique_ptr<DIR, hwapi::qis::CloseDir> dir(::opendir(path));
   if (!dir) {
     return errno;
   }
@@ -170,23 +306,20 @@ QIS_EXPORT i32 AaFileClose(TAaFile* file) {
   if (!owned->replacement) {
     return 0;
   }
-  if (owned->error == 0 && std::fflush(owned->stream.get()) != 0) {
-    owned->error = errno;
+  const int error = Flush(*owned) != 0 ? owned->error : owned->replacement->Commit();
+  if (error != 0) {
+    LogNotReplaced(owned->path.c_str(), error);
   }
-  return owned->error != 0 ? owned->error : owned->replacement->Commit();
+  return error;
 }
 
 QIS_EXPORT char* AaFileReadLine(char* buffer, u32 size, TAaFile* file) {
   if (buffer == nullptr || size == 0) {
     return nullptr;
   }
-  constexpr u32 kMost = 0x7FFFFFFF;
-  char* const line =
-      file != nullptr ? std::fgets(buffer, static_cast<int>(std::min(size, kMost)), file->stream.get()) : nullptr;
-  if (line == nullptr) {
-    *buffer = '\0';
-  }
-  return line;
+  const std::size_t length = file != nullptr && file->source ? ReadLine(*file, buffer, size - 1) : 0;
+  buffer[length] = '\0';
+  return length != 0 ? buffer : nullptr;
 }
 
 QIS_EXPORT u32 AaFileWrite(const void* data, u32 size, u32 count, TAaFile* file) {
@@ -198,28 +331,20 @@ QIS_EXPORT u32 AaFileWrite(const void* data, u32 size, u32 count, TAaFile* file)
     file->error = EFBIG;
     return 0;
   }
-  errno = 0;
-  const std::size_t taken = std::fwrite(data, size, count, file->stream.get());
-  if (taken != count) {
-    file->error = errno != 0 ? errno : EIO;
-  }
-  return static_cast<u32>(taken);
+  return Append(*file, static_cast<const char*>(data), bytes) == 0 ? count : 0;
 }
 
 QIS_EXPORT i32 AaFileCopy(const char* source, const char* target) {
   if (source == nullptr || target == nullptr) {
     return EINVAL;
   }
-  const Fd from(::open(source, O_RDONLY | O_CLOEXEC));
-  if (!from) {
-    return errno;
+  const int error = Copy(source, target);
+  if (error != 0) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                   "File %s is not copied to %s, what was there stays: %s%s", source, target, std::strerror(error),
+                   Remedy(error));
   }
-  const std::unique_ptr<Replacement> to = Replacement::Begin(target);
-  if (!to) {
-    return errno;
-  }
-  const int error = CopyAll(from.Get(), to->File());
-  return error != 0 ? error : to->Commit();
+  return error;
 }
 
 QIS_EXPORT i32 AaFileRemove(const char* path) {
@@ -237,13 +362,12 @@ QIS_EXPORT i32 AaFileCreateDir(const char* path) {
   if (path == nullptr || *path == '\0') {
     return EINVAL;
   }
-  const std::string whole = path;
-  for (std::size_t slash = whole.find('/', 1); slash != std::string::npos; slash = whole.find('/', slash + 1)) {
-    if (const int error = MakeDirectory(whole.substr(0, slash)); error != 0) {
-      return error;
-    }
+  const int error = MakeDirectories(path);
+  if (error != 0) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature, "Directory %s cannot be made: %s%s", path,
+                   std::strerror(error), Remedy(error));
   }
-  return MakeDirectory(whole);
+  return error;
 }
 
 QIS_EXPORT i32 AaFileListDir(const char* path, char*** names, u32* count) {

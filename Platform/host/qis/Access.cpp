@@ -1,15 +1,20 @@
 #include "Access.h"
 
 #include "AaSysLog.h"
+#include "BoardDescription.h"
 #include "ComLog.h"
 
 #include <grp.h>
 #include <pwd.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <mutex>
 #include <optional>
+#include <set>
 #include <string_view>
+#include <tuple>
 
 namespace hwapi::qis {
 namespace {
@@ -62,6 +67,31 @@ bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser) {
   const auto allowed = [&](gid_t group) { return std::ranges::find(rules.groups, group) != rules.groups.end(); };
   return peer.uid == 0 || peer.uid == ownUser || std::ranges::find(rules.users, peer.uid) != rules.users.end() ||
          std::ranges::any_of(peer.groups, allowed);
+}
+
+bool IsAllowed(const Peer& peer) {
+  const uid_t ownUser = ::geteuid();
+  if (MaySend(peer, {}, ownUser)) {
+    return true;  // names are looked up only when a stranger comes
+  }
+  static const auto* const rules = new AccessRules(AccessRules::FromNames(board::OwnBoard().access.send));
+  return MaySend(peer, *rules, ownUser);
+}
+
+void TellRefusal(const char* what, const Peer& peer) {
+  constexpr std::size_t kPeersKnown = 256;
+  static auto* const mutex = new std::mutex;
+  static auto* const told = new std::set<std::tuple<std::string_view, pid_t, uid_t>>;
+  const std::lock_guard lock(*mutex);
+  if (told->size() >= kPeersKnown) {
+    told->clear();
+  }
+  if (told->emplace(what, peer.pid, peer.uid).second) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                   "%s process %d of user %u are refused: name the user or one of its groups in access.send of %s to "
+                   "allow them",
+                   what, static_cast<int>(peer.pid), static_cast<unsigned>(peer.uid), board::OwnBoard().path.c_str());
+  }
 }
 
 Peer PeerOf(int socket) {

@@ -1,5 +1,5 @@
 /// @file
-/// Who may send messages to this process.
+/// Who may send messages to this process and ask it for files.
 #pragma once
 
 #include <sys/types.h>
@@ -28,6 +28,13 @@ struct AccessRules {
 
 /// @param ownUser the receiver's effective user
 bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser);
+
+/// @return whether the rules of the own board's description let a peer send to this process
+bool IsAllowed(const Peer& peer);
+
+/// Tells at Error, once a process, that a peer is refused, and what would allow it.
+/// @param what a literal, e.g. "Messages of"; the process follows
+void TellRefusal(const char* what, const Peer& peer);
 
 /// @return who is at the other end of a connected socket; nobody (the overflow user) when the kernel does not tell
 Peer PeerOf(int socket);

@@ -1,18 +1,16 @@
 #include "Doorway.h"
 
 #include "AaSysLog.h"
-#include "BoardDescription.h"
+#include "PassedFd.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <set>
 
 namespace hwapi::qis {
 namespace {
@@ -24,30 +22,6 @@ constexpr std::size_t kBufferSize = kMaxWireSize + 1;
 u8* Buffer() {
   static auto* const buffer = static_cast<u8*>(std::malloc(kBufferSize));
   return buffer;
-}
-
-bool IsAllowed(const Peer& peer) {
-  const uid_t ownUser = ::geteuid();
-  if (MaySend(peer, {}, ownUser)) {
-    return true;  // names are looked up only when a stranger comes
-  }
-  static const auto* const rules = new AccessRules(AccessRules::FromNames(board::OwnBoard().access.send));
-  return MaySend(peer, *rules, ownUser);
-}
-
-void TellRefusal(const Peer& peer) {
-  constexpr std::size_t kPeersKnown = 256;
-  static auto* const told = new std::set<std::pair<pid_t, uid_t>>;  // the platform's thread only
-  if (told->size() >= kPeersKnown) {
-    told->clear();
-  }
-  if (told->emplace(peer.pid, peer.uid).second) {
-    AaSysLogPrintE(
-        EAaSysLogSeverityLevel_Error, kPlatformFeature,
-        "Messages of process %d of user %u are refused: name the user or one of its groups in access.send of "
-        "%s to allow them",
-        static_cast<int>(peer.pid), static_cast<unsigned>(peer.uid), board::OwnBoard().path.c_str());
-  }
 }
 
 /// Without a free descriptor a knock can neither be taken nor sent away: one is kept for that.
@@ -150,7 +124,7 @@ void Doorway::HandleMessage(Visitor& visitor, u8* bytes, std::size_t size) {
   if (!visitor.allowed) {
     ++visitor.receipt.refused;
     Count(EAaSysComCounter_Refused);
-    TellRefusal(visitor.peer);
+    TellRefusal("Messages of", visitor.peer);
     return;
   }
   if (!IsMessage(bytes, size)) {
@@ -164,24 +138,10 @@ void Doorway::HandleMessage(Visitor& visitor, u8* bytes, std::size_t size) {
 }
 
 void Doorway::SendReceipt(Visitor& visitor) {
-  iovec part{.iov_base = &visitor.receipt, .iov_len = sizeof visitor.receipt};
-  alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(int))> control{};
-  msghdr packet{};
-  packet.msg_iov = &part;
-  packet.msg_iovlen = 1;
   const bool passQueue = visitor.allowed && !visitor.hasQueue;
-  if (passQueue) {
-    packet.msg_control = control.data();
-    packet.msg_controllen = control.size();
-    cmsghdr* const header = CMSG_FIRSTHDR(&packet);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(sizeof(int));
-    const int sender = m_queue->Sender();
-    std::memcpy(CMSG_DATA(header), &sender, sizeof sender);
-  }
+  const int queue = passQueue ? m_queue->Sender() : -1;
   // Receipts add up: one that finds no room is made good by the next.
-  if (::sendmsg(visitor.connection.Get(), &packet, MSG_DONTWAIT | MSG_NOSIGNAL) > 0 && passQueue) {
+  if (SendWithFd(visitor.connection.Get(), &visitor.receipt, sizeof visitor.receipt, queue) > 0 && passQueue) {
     visitor.hasQueue = true;
   }
 }

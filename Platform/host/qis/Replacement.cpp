@@ -1,17 +1,15 @@
 #include "Replacement.h"
 
+#include "AaSysLog.h"
+#include "ComLog.h"
 #include "LockedFile.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
-#include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 namespace hwapi::qis {
@@ -25,14 +23,6 @@ constexpr std::size_t kLongestStem = 200;
 struct CFree {
   void operator()(void* memory) const { std::free(memory); }
 };
-struct CloseDir {
-  void operator()(DIR* dir) const { ::closedir(dir); }
-};
-
-std::string Resolved(const std::string& path) {
-  const std::unique_ptr<char, CFree> real(::realpath(path.c_str(), nullptr));
-  return real ? real.get() : path;
-}
 
 std::string NextTemporaryName(const std::string& name) {
   static std::atomic<unsigned> number = 0;
@@ -40,27 +30,7 @@ std::string NextTemporaryName(const std::string& name) {
          std::to_string(++number);
 }
 
-void RemoveStrays(int folder) {
-  const std::unique_ptr<DIR, CloseDir> dir(::fdopendir(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
-  if (!dir) {
-    return;
-  }
-  while (const dirent* const entry = ::readdir(dir.get())) {
-    RemoveIfStray(folder, entry->d_name);
-  }
-}
-
-/// @return 0, EISDIR, or EINVAL for what is no regular file; nothing there is fine
-int CheckTarget(int folder, const std::string& name) {
-  struct stat target {};
-  if (::fstatat(folder, name.c_str(), &target, 0) != 0) {
-    return errno == ENOENT ? 0 : errno;
-  }
-  if (S_ISDIR(target.st_mode)) {
-    return EISDIR;
-  }
-  return S_ISREG(target.st_mode) ? 0 : EINVAL;
-}
+std::string NameIn(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace
 
@@ -87,22 +57,14 @@ void RemoveIfStray(int folder, const std::string& name) {
 }
 
 std::unique_ptr<Replacement> Replacement::Begin(const std::string& path) {
-  const std::string target = Resolved(path);
-  const std::size_t slash = target.rfind('/');
-  const std::string folderPath = slash == std::string::npos ? "." : target.substr(0, slash + 1);
-  std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
-  Fd folder(::open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder) {
-    return nullptr;
-  }
-  int error = name.empty() ? EISDIR : CheckTarget(folder.Get(), name);
-  std::unique_ptr<Replacement> replacement(new Replacement(std::move(folder), std::move(name)));
+  std::unique_ptr<Replacement> replacement(new Replacement(path));
+  int error = replacement->FindTarget();
   if (error == 0) {
-    RemoveStrays(replacement->m_folder.Get());
+    replacement->RemoveStrays();
     error = replacement->CreateTemporary();
   }
   if (error == 0) {
-    error = replacement->TakeOverMode();
+    error = replacement->TakeOverOwnerAndMode();
   }
   if (error != 0) {
     replacement.reset();
@@ -111,50 +73,122 @@ std::unique_ptr<Replacement> Replacement::Begin(const std::string& path) {
   return replacement;
 }
 
+int Replacement::FindTarget() {
+  int error = OpenFolderOf(m_path);
+  if (error == 0 && S_ISLNK(m_old.st_mode)) {
+    const std::unique_ptr<char, CFree> real(::realpath(m_path.c_str(), nullptr));
+    if (real) {
+      error = OpenFolderOf(real.get());
+    } else if (errno != ENOENT) {
+      error = errno;
+    } else {
+      m_old.st_mode = 0;  // a link to nothing
+    }
+  }
+  if (error != 0 || m_old.st_mode == 0) {
+    return error;
+  }
+  if (S_ISDIR(m_old.st_mode)) {
+    return EISDIR;
+  }
+  return S_ISREG(m_old.st_mode) ? 0 : EINVAL;
+}
+
+int Replacement::OpenFolderOf(const std::string& path) {
+  m_name = NameIn(path);
+  const std::string folder = path.substr(0, path.size() - m_name.size());
+  m_folder.reset(::opendir(folder.empty() ? "." : folder.c_str()));
+  if (!m_folder) {
+    return errno;
+  }
+  if (m_name.empty()) {
+    return EISDIR;
+  }
+  if (::fstatat(Folder(), m_name.c_str(), &m_old, AT_SYMLINK_NOFOLLOW) != 0) {
+    m_old.st_mode = 0;
+    return errno == ENOENT ? 0 : errno;
+  }
+  return 0;
+}
+
+/// What cannot be listed stays until the next time.
+void Replacement::RemoveStrays() {
+  while (const dirent* const entry = ::readdir(m_folder.get())) {
+    RemoveIfStray(Folder(), entry->d_name);
+  }
+}
+
 int Replacement::CreateTemporary() {
   for (;;) {
     std::string name = NextTemporaryName(m_name);
-    Fd file(::openat(m_folder.Get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
+    Fd file(Uninterrupted(
+        [&] { return ::openat(Folder(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode); }));
+    if (!file && errno == EEXIST) {
+      continue;
+    }
     if (!file) {
-      if (errno == EEXIST) {
-        continue;
-      }
       return errno;
     }
-    // Before the lock somebody may have taken it for a stray one.
-    if (::flock(file.Get(), LOCK_EX) == 0 && HasName(m_folder.Get(), name.c_str(), file.Get())) {
-      m_temporary = std::move(name);
-      m_file = std::move(file);
+    m_temporary = std::move(name);
+    m_file = std::move(file);
+    if (Uninterrupted([&] { return ::flock(m_file.Get(), LOCK_EX); }) != 0 || ::fstat(m_file.Get(), &m_new) != 0) {
+      return errno;
+    }
+    // Before the lock somebody may have taken it for a stray one and removed it.
+    if (m_new.st_nlink != 0) {
       return 0;
     }
   }
 }
 
-int Replacement::TakeOverMode() {
-  struct stat old {};
-  if (::fstatat(m_folder.Get(), m_name.c_str(), &old, 0) != 0) {
-    return ::fchmod(m_file.Get(), kNewFileMode) == 0 ? 0 : errno;
-  }
-  if (::fchown(m_file.Get(), old.st_uid, old.st_gid) != 0 && errno != EPERM) {
+int Replacement::TakeOverOwnerAndMode() {
+  const bool isThere = m_old.st_mode != 0;
+  const bool ownerDiffers = isThere && (m_old.st_uid != m_new.st_uid || m_old.st_gid != m_new.st_gid);
+  if (ownerDiffers && ::fchown(m_file.Get(), m_old.st_uid, m_old.st_gid) != 0 && errno != EPERM) {
     return errno;  // not root: the new file is the writer's
   }
-  return ::fchmod(m_file.Get(), old.st_mode & 07777) == 0 ? 0 : errno;
+  const mode_t mode = isThere ? m_old.st_mode & 07777 : kNewFileMode;
+  if (mode == (m_new.st_mode & 07777) && !ownerDiffers) {
+    return 0;
+  }
+  return ::fchmod(m_file.Get(), mode) == 0 ? 0 : errno;  // after the owner, whose change takes bits away
+}
+
+int Replacement::Write(const char* bytes, std::size_t size) {
+  while (size != 0) {
+    const ssize_t written = Uninterrupted([&] { return ::write(m_file.Get(), bytes, size); });
+    if (written < 0) {
+      return errno;
+    }
+    bytes += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return 0;
 }
 
 int Replacement::Commit() {
-  if (::fsync(m_file.Get()) != 0 ||
-      ::renameat(m_folder.Get(), m_temporary.c_str(), m_folder.Get(), m_name.c_str()) != 0) {
+  if (Uninterrupted([&] { return ::fsync(m_file.Get()); }) != 0 ||
+      ::renameat(Folder(), m_temporary.c_str(), Folder(), m_name.c_str()) != 0) {
     return errno;
   }
   m_temporary.clear();
-  // The new content is in place; that the folder cannot be synced would not bring the old one back.
-  ::fsync(m_folder.Get());
+  MakeFolderLast();
   return 0;
+}
+
+/// The new content is in place: that the folder cannot be synced would not bring the old one back.
+void Replacement::MakeFolderLast() {
+  if (Uninterrupted([&] { return ::fsync(Folder()); }) == 0 || errno == EINVAL) {
+    return;  // EINVAL: a file system whose folders need no sync
+  }
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                 "File %s is replaced, but a power cut may bring its old content back: its folder cannot be synced: %s",
+                 m_path.c_str(), std::strerror(errno));
 }
 
 Replacement::~Replacement() {
   if (!m_temporary.empty()) {
-    ::unlinkat(m_folder.Get(), m_temporary.c_str(), 0);
+    ::unlinkat(Folder(), m_temporary.c_str(), 0);
   }
 }
 

@@ -1,10 +1,8 @@
 #include "Route.h"
 
+#include "PassedFd.h"
 #include "TaskName.h"
 
-#include <sys/socket.h>
-
-#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -15,17 +13,6 @@ constexpr const char* kQueueFull = "its queue is full, it does not read";
 constexpr const char* kNobody = "no process serves it";
 constexpr const char* kGone = "its process ended or gave the task back before it read them";
 constexpr const char* kRefused = "it refuses this user; access.send of the board description names who may send";
-
-/// @return a descriptor that came with the packet
-Fd PassedDescriptor(msghdr& packet) {
-  const cmsghdr* const header = CMSG_FIRSTHDR(&packet);
-  if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) {
-    return Fd();
-  }
-  int fd = -1;
-  std::memcpy(&fd, CMSG_DATA(header), sizeof fd);
-  return Fd(fd);
-}
 
 }  // namespace
 
@@ -111,14 +98,8 @@ void Route::OnReady(std::uint64_t key) {
 /// @return whether there may be more
 bool Route::TakeReceipt() {
   Receipt receipt{};
-  iovec part{.iov_base = &receipt, .iov_len = sizeof receipt};
-  alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(int))> control{};
-  msghdr packet{};
-  packet.msg_iov = &part;
-  packet.msg_iovlen = 1;
-  packet.msg_control = control.data();
-  packet.msg_controllen = control.size();
-  const ssize_t size = ::recvmsg(m_connection.Get(), &packet, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+  Fd queue;
+  const ssize_t size = ReceiveWithFd(m_connection.Get(), &receipt, sizeof receipt, queue);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
     return false;
   }
@@ -129,7 +110,7 @@ bool Route::TakeReceipt() {
     ReceiverGone();
     return false;
   }
-  if (Fd queue = PassedDescriptor(packet)) {
+  if (queue) {
     m_queue = std::move(queue);
   }
   Apply(receipt);

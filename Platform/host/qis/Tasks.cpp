@@ -2,6 +2,8 @@
 
 #include "AaSysLog.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -11,6 +13,7 @@ namespace {
 
 constexpr u32 kFirstFreeTask = 0x8000;
 constexpr u32 kLastTask = 0xFFFF;
+constexpr u32 kFreeTasks = kLastTask - kFirstFreeTask + 1;
 
 void TellRefusal(TAaSysComSicad sicad, int error, pid_t holder) {
   const unsigned board = AaSysComNmapGetBoard(sicad);
@@ -90,8 +93,12 @@ u32 Tasks::Register(u32 task, TAaProEuId eu) {
   return error == 0 ? task : 0;
 }
 
+/// Each process begins at a number of its own: what is still on its way to a process that ended does not reach the
+/// next.
 u32 Tasks::RegisterFree(TAaProEuId eu, EuRecord& record) {
-  for (u32 task = kFirstFreeTask; task <= kLastTask; ++task) {
+  const auto first = static_cast<u32>(::getpid());
+  for (u32 i = 0; i < kFreeTasks; ++i) {
+    const u32 task = kFirstFreeTask + (first + i) % kFreeTasks;
     const TAaSysComSicad sicad = AaSysComSicadGet(task, AaSysComGetOwnNid());
     pid_t holder = 0;
     const int error = Add(sicad, eu, record, holder);

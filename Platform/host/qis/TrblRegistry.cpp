@@ -23,6 +23,12 @@ bool TrblRegistry::Remove(const std::string& name) {
   return std::erase_if(m_files, [&](const TrblFile& file) { return file.name == name; }) != 0;
 }
 
+std::optional<TrblFile> TrblRegistry::Find(const std::string& name) {
+  const std::lock_guard lock(m_mutex);
+  const auto found = std::ranges::find(m_files, name, &TrblFile::name);
+  return found != m_files.end() ? std::optional(*found) : std::nullopt;
+}
+
 std::vector<TrblFile> TrblRegistry::Files() {
   const std::lock_guard lock(m_mutex);
   std::vector<TrblFile> files = m_files;

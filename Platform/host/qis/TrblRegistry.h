@@ -5,6 +5,7 @@
 #include "AaTrbl.h"
 
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,8 @@ class TrblRegistry {
   bool Add(TrblFile file);
   /// @return false when the name is unknown
   bool Remove(const std::string& name);
+  /// @return the file of that name; nothing when there is none
+  std::optional<TrblFile> Find(const std::string& name);
   /// @return the files, highest priority first, of one priority in the order of their registration
   std::vector<TrblFile> Files();
 

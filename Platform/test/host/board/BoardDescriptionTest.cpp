@@ -49,9 +49,16 @@ TEST_F(BoardDescriptionTest, TheNodeIsRead) {
   EXPECT_EQ(node.cpu, 255);
 }
 
+TEST_F(BoardDescriptionTest, TheSoftwareBuildsAndTheLastResetAreRead) {
+  const Boot boot = Read("[boot]\nreset_type = 7\nfs1_build = 'R2_4.1'\nfs2_build = 'R2_4.0'").boot;
+  EXPECT_EQ(boot.resetType, 7u);
+  EXPECT_EQ(boot.fs1Build, "R2_4.1");
+  EXPECT_EQ(boot.fs2Build, "R2_4.0");
+}
+
 TEST_F(BoardDescriptionTest, TheClocksStartIsTheInstantInUtc) {
-  const Clock clock = Read("[clock]\nspeed = 3600\nstart = 1970-01-02T01:00:00.250+01:00").clock;
-  EXPECT_EQ(clock.speed, 3600u);
+  const Clock clock = Read("[clock]\nspeed = 86400\nstart = 1970-01-02T01:00:00.250+01:00").clock;
+  EXPECT_EQ(clock.speed, 86400u);
   EXPECT_EQ(clock.startMs, 86'400'250);
 }
 

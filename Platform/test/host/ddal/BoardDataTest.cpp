@@ -4,6 +4,10 @@
 #include "ddal_error.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -74,6 +78,50 @@ TEST_F(BoardDataTest, AFolderThatIsNoMountIsUnmounted) {
   EXPECT_EQ(state, DDAL_FFS_UNMOUNTED);
 }
 
+/// What the exit status of a process in a root of its own means.
+enum Outcome { kRight = 0, kWrong = 1, kNoRoot = 2 };
+
+/// Makes the board's folder the root of this process, and mounts there the first file system, read-only or not.
+bool EnterRoot(const std::string& root, unsigned long flags) {
+  const std::string fileSystem = root + "/ffs/fs1";
+  const std::string proc = root + "/proc";
+  return (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 || unshare(CLONE_NEWNS) == 0) &&
+         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount("/proc", proc.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0 &&
+         mount("flash", fileSystem.c_str(), "tmpfs", flags, nullptr) == 0 && chroot(root.c_str()) == 0 &&
+         setenv("HWAPI_BOARD", "/board.toml", 1) == 0;
+}
+
+class MountTableTest : public testing::TestWithParam<std::pair<unsigned long, u32>> {
+ protected:
+  MountTableTest() {
+    m_board.Describe("");
+    std::filesystem::create_directories(m_board.Folder() / "ffs/fs1");
+    std::filesystem::create_directories(m_board.Folder() / "proc");
+  }
+
+  TestBoard m_board;
+};
+
+TEST_P(MountTableTest, TellsTheStateOfAFileSystem) {
+  const auto [flags, expected] = GetParam();
+  const pid_t child = fork();
+  if (child == 0) {
+    u32 state = 77;
+    if (!EnterRoot(m_board.Folder(), flags)) _exit(kNoRoot);
+    _exit(ddal_ffs_is_mounted(DDAL_FFS_FS1, &state) == DDAL_OK && state == expected ? kRight : kWrong);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kNoRoot) GTEST_SKIP() << "mounts of one's own are refused here";
+  EXPECT_EQ(status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, MountTableTest,
+                         testing::Values(std::pair(0ul, u32{DDAL_FFS_WRITABLE}),
+                                         std::pair(static_cast<unsigned long>(MS_RDONLY), u32{DDAL_FFS_READ_ONLY})),
+                         [](const auto& tested) { return tested.param.first == 0 ? "Writable" : "ReadOnly"; });
+
 TEST_F(BoardDataTest, OnlyTheTwoFileSystemsHaveAMountState) {
   m_board.Describe("");
   u32 state = 77;
@@ -90,6 +138,19 @@ TEST_F(BoardDataTest, MemoryErrorsAreTheSumOverTheKernelsControllers) {
   EXPECT_EQ(count, 7);
   ASSERT_EQ(ddal_devicetree_get_ecc_double(0, &count), DDAL_OK);
   EXPECT_EQ(count, 1);
+}
+
+TEST_F(BoardDataTest, MemoryErrorsThatAreTooManyToCountAreTheMost) {
+  m_board.Describe("");
+  ShowMemoryErrors("mc0", "ce_count", "4294967295");
+  ShowMemoryErrors("mc1", "ce_count", "1");
+  ShowMemoryErrors("mc0", "ue_count", "2147483640");
+  ShowMemoryErrors("mc1", "ue_count", "100");
+  i32 count = 0;
+  ASSERT_EQ(ddal_devicetree_get_ecc_single(0, &count), DDAL_OK);
+  EXPECT_EQ(count, INT32_MAX);
+  ASSERT_EQ(ddal_devicetree_get_ecc_double(0, &count), DDAL_OK);
+  EXPECT_EQ(count, INT32_MAX);
 }
 
 TEST_F(BoardDataTest, DescribedMemoryErrorsReplaceTheKernels) {

@@ -7,6 +7,7 @@
 #include <signal.h>
 
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <thread>
 
@@ -83,6 +84,19 @@ TEST_F(ServiceMessagesTest, AHandlersFailureIsLoggedAndTheLoopGoesOn) {
   EXPECT_NE(service.Errors().find("Message 0x1020: Message handling error: no payload (file: Handler.cpp, line: 42)"),
             std::string::npos)
       << service.Errors();
+}
+
+TEST_F(ServiceMessagesTest, AHandlerWithoutMemoryIsLoggedAndTheLoopGoesOn) {
+  ServiceProcess service({.init = [](Probe& probe) {
+    probe.Handle(kFail, [](void*) { throw std::bad_alloc(); });
+    probe.Answer(kAsk, 1);
+  }});
+  ASSERT_TRUE(service.Says("run"));
+  const Client client;
+  client.Send(kFail);
+  EXPECT_EQ(client.Ask(kAsk), 1u);
+  service.Signal(SIGTERM);
+  EXPECT_NE(service.Errors().find("Message 0x1020: out of memory"), std::string::npos) << service.Errors();
 }
 
 TEST_F(ServiceMessagesTest, AnyOtherExceptionLeavesTheLoop) {

@@ -67,6 +67,29 @@ TEST_P(ServiceSignalsTest, ASignalEndsAWaitForATag) {
   EXPECT_EQ(service.End(), 0);
 }
 
+TEST_P(ServiceSignalsTest, ASignalEndsAStartThatDoesNotEnd) {
+  ServiceProcess service({.init = [](Probe&) {
+    for (;;) WaitForTest();
+  }});
+  ASSERT_TRUE(service.Says("init"));
+  service.Signal(GetParam());
+  EXPECT_EQ(service.Line(), "exit");
+  EXPECT_EQ(service.Line(), "");
+  const int status = service.End();
+  ASSERT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), GetParam());
+}
+
+TEST_P(ServiceSignalsTest, ASignalBeforeTheEndpointIsRegisteredTakesNobodyOffline) {
+  ServiceProcess service({.preStartup = [](Probe&) -> bool {
+    for (;;) WaitForTest();
+  }});
+  ASSERT_TRUE(service.Says("pre-startup"));
+  service.Signal(GetParam());
+  EXPECT_EQ(service.Line(), "");
+  EXPECT_TRUE(WIFSIGNALED(service.End()));
+}
+
 INSTANTIATE_TEST_SUITE_P(Signal, ServiceSignalsTest, testing::Values(SIGTERM, SIGINT),
                          [](const auto& tested) { return tested.param == SIGTERM ? "Term" : "Int"; });
 

@@ -153,6 +153,67 @@ TEST_F(File, ReportsWritesAfterAnErrorAsNotTaken) {
   EXPECT_TRUE(writer.Ended());
 }
 
+TEST_F(File, ThatCannotBeWrittenIsToldWithItsPathAndTheReason) {
+  Peer writer([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{.rlim_cur = 1000, .rlim_max = 1000};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const ErrorOutput log;
+    Replace("a", std::string(100'000, 'n'));
+    EXPECT_EQ(Occurrences(log.Text(), "File " + Path("a") + " is not written, what was there stays: File too large"),
+              1u);
+    EXPECT_EQ(Occurrences(log.Text(), "\n"), 1u);
+  });
+  EXPECT_TRUE(writer.Ended());
+}
+
+TEST_F(File, ThatCannotBeBegunIsToldWithItsPathAndTheReason) {
+  const ErrorOutput log;
+  EXPECT_EQ(AaFileOpen(Path("missing/a").c_str(), "w"), nullptr);
+  EXPECT_EQ(Occurrences(log.Text(), "ERROR"), 1u);
+  EXPECT_EQ(Occurrences(log.Text(), "File " + Path("missing/a") + " is not written"), 1u);
+  EXPECT_EQ(Occurrences(log.Text(), "No such file or directory"), 1u);
+}
+
+TEST_F(File, ThatIsNotThereCanBeAskedForInSilence) {
+  const ErrorOutput log;
+  EXPECT_EQ(AaFileOpen(Path("missing").c_str(), "r"), nullptr);
+  EXPECT_EQ(AaFileExists(Path("missing").c_str()), GLO_FALSE);
+  EXPECT_EQ(AaFileDirExists(Path("missing/below").c_str()), GLO_FALSE);
+  EXPECT_EQ(log.Text(), "");
+}
+
+/// The kernel's file of this process's memory: a regular one whose first byte cannot be read.
+constexpr const char* kUnreadable = "/proc/self/mem";
+
+TEST_F(File, ThatCannotBeReadEndsThereAndIsToldOnce) {
+  const ErrorOutput log;
+  TAaFile* const file = AaFileOpen(kUnreadable, "r");
+  ASSERT_NE(file, nullptr);
+  char line[10] = "x";
+  EXPECT_EQ(AaFileReadLine(line, sizeof line, file), nullptr);
+  EXPECT_EQ(AaFileReadLine(line, sizeof line, file), nullptr);
+  EXPECT_STREQ(line, "");
+  EXPECT_EQ(AaFileClose(file), 0);
+  EXPECT_EQ(Occurrences(log.Text(), "File /proc/self/mem cannot be read: Input/output error"), 1u);
+}
+
+TEST_F(File, CopyThatFailsIsToldOnceWithBothPathsAndTheReason) {
+  const ErrorOutput log;
+  EXPECT_EQ(AaFileCopy(kUnreadable, Path("a").c_str()), EIO);
+  EXPECT_EQ(Occurrences(log.Text(), "File /proc/self/mem is not copied to " + Path("a") +
+                                        ", what was there stays: Input/output error"),
+            1u);
+  EXPECT_EQ(Occurrences(log.Text(), "\n"), 1u);
+}
+
+TEST_F(File, DirectoryThatCannotBeMadeIsToldWithItsPathAndTheReason) {
+  Put("a", "");
+  const ErrorOutput log;
+  EXPECT_NE(AaFileCreateDir(Path("a/b").c_str()), 0);
+  EXPECT_EQ(Occurrences(log.Text(), "Directory " + Path("a/b") + " cannot be made: Not a directory"), 1u);
+}
+
 TEST_F(File, KeepsItsMode) {
   Put("a", "old");
   ::chmod(Path("a").c_str(), 0600);

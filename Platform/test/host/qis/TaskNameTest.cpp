@@ -79,16 +79,25 @@ TEST(TaskName, WorksInARunDirectoryWithALongPath) {
   EXPECT_EQ(ReceiveNumber().number, 42u);
 }
 
-TEST(TaskName, OfAnyFreeTaskDiffersBetweenProcesses) {
+/// @return the free task at which this process begins, or one that many behind it
+u32 FreeTask(u32 further = 0) { return 0x8000 + (static_cast<u32>(::getpid()) + further) % 0x8000; }
+
+TEST(TaskName, OfAnyFreeTaskIsAnotherOneInEachProcess) {
+  const Board board;
+  EXPECT_EQ(AaSysComUserRegister(0, AaProEuCurrent()), FreeTask());
+}
+
+TEST(TaskName, OfAnyFreeTaskIsTheNextWhereAnotherProcessServesTheFirst) {
   const Board board;
   const Event ready;
+  const u32 first = FreeTask();
   Peer other([&] {
-    Serve(0);
+    Serve(first);
     ready.Happened();
     ReceiveNumber();
   });
   ASSERT_TRUE(ready.Await());
-  EXPECT_EQ(AaSysComUserRegister(0, AaProEuCurrent()), 0x8001u);
+  EXPECT_EQ(AaSysComUserRegister(0, AaProEuCurrent()), FreeTask(1));
 }
 
 TEST(TaskName, IsGivenBackWhenItsExecutionUnitEnds) {
