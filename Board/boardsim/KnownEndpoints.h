@@ -21,6 +21,7 @@ inline constexpr std::array kKnownEndpoints = {
     KnownEndpoint{.task = HWAPI_BLACKBOX, .name = "blackbox", .ofDaemon = true},
     KnownEndpoint{.task = HWAPI_RESET_SERVICE, .name = "reset", .ofDaemon = false},
     KnownEndpoint{.task = HWAPI_AUTODET_SERVICE, .name = "autodet", .ofDaemon = false},
+    KnownEndpoint{.task = HWAPI_SWDL_SERVICE, .name = "swdl", .ofDaemon = false},
 };
 
 }  // namespace boardsim

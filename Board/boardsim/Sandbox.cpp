@@ -50,6 +50,10 @@ std::vector<std::string> SandboxCommand(const StateDirectory& state, const std::
   // Fans of the kernel are driven through /sys; the file modes there say who may.
   arguments.insert(arguments.end(), {"--bind", "/sys", "/sys"});
   arguments.insert(arguments.end(), {"--bind", state.Ffs(), "/ffs", "--bind", state.Rom(), "/rom"});
+  // Each file system is a mount of its own, as the drivers look for it; one that is not laid out is not mounted.
+  for (const char* fileSystem : {"/fs1", "/fs2"}) {
+    arguments.insert(arguments.end(), {"--bind-try", state.Ffs() + fileSystem, std::string("/ffs") + fileSystem});
+  }
   arguments.insert(arguments.end(), {"--bind", state.Run(), state.Run()});
   // The daemon's one-shot commands rely on an echo that knows -e.
   if (access("/bin/bash", X_OK) == 0) arguments.insert(arguments.end(), {"--ro-bind", "/bin/bash", "/bin/sh"});

@@ -47,7 +47,10 @@ void PutRecords(PayloadView& payload, std::size_t& offset, const std::vector<Rec
 }  // namespace
 
 Simulator::Simulator(StateDirectory state, std::string daemon)
-    : Service("boardsim", BOARDSIM_TASK, 0, 0), m_state(std::move(state)), m_daemon(std::move(daemon)) {}
+    : Service("boardsim", BOARDSIM_TASK, 0, 0),
+      m_state(std::move(state)),
+      m_daemon(std::move(daemon)),
+      m_reset(m_state.ResetAnswer()) {}
 
 void Simulator::Init() {
   static constexpr Route<Simulator> kRoutes[] = {
@@ -64,6 +67,7 @@ void Simulator::Init() {
   StartTicks();
   m_reset.GoOnline(*this);
   m_autodet.GoOnline(*this);
+  m_swdl.GoOnline(*this);
   if (!m_daemon.empty()) m_keeper = std::make_unique<DaemonKeeper>(m_state, m_daemon);
 }
 
@@ -73,6 +77,7 @@ void Simulator::Exit() {
   if (m_hardware) {
     m_reset.GoOffline();
     m_autodet.GoOffline();
+    m_swdl.GoOffline();
     m_hardware.reset();
   }
   Service::Exit();

@@ -9,6 +9,7 @@
 #include "Service.h"
 #include "SimulatedHardware.h"
 #include "StateDirectory.h"
+#include "SwdlNeighbour.h"
 
 #include <memory>
 #include <string>
@@ -38,6 +39,7 @@ class Simulator : public ps::hwapi::common::Service {
   std::unique_ptr<SimulatedHardware> m_hardware;
   ResetNeighbour m_reset;
   AutodetNeighbour m_autodet;
+  SwdlNeighbour m_swdl;
   std::unique_ptr<DaemonKeeper> m_keeper;
 };
 

@@ -87,12 +87,15 @@ void StateDirectory::Prepare(bool fresh) const {
   // Tags, sockets and registers are memory that a restart of a board clears.
   fs::remove_all(Run(), error);
   if (fresh) {
-    for (const std::string& path : {Ffs(), Rom(), SimulatorLog(), DaemonLog()}) fs::remove_all(path, error);
+    for (const std::string& path : {Ffs(), Rom(), ResetAnswer(), SimulatorLog(), DaemonLog()})
+      fs::remove_all(path, error);
   }
   for (const std::string& path : {Run(), Ffs(), Rom()}) {
     fs::create_directories(path, error);
     if (error) Fail("cannot make " + path, error.value());
   }
+  fs::create_directory_symlink("..", DaemonRoot(), error);
+  if (error) Fail("cannot make " + DaemonRoot(), error.value());
 }
 
 void StateDirectory::SetEnvironment() const {

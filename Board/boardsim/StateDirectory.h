@@ -25,6 +25,11 @@ class StateDirectory {
   /// The flash file systems that the daemon sees as /ffs and /rom.
   std::string Ffs() const { return m_root / "ffs"; }
   std::string Rom() const { return m_root / "rom"; }
+  /// Link to the state folder in the run directory: below it lies what the daemon's root has of its own, so that
+  /// whoever knows HWAPI_RUN finds the files of the daemon.
+  std::string DaemonRoot() const { return m_root / "run" / "root"; }
+  /// What the reset service answers.
+  std::string ResetAnswer() const { return m_root / "reset-type"; }
   std::string SimulatorLog() const { return m_root / "boardsim.log"; }
   std::string DaemonLog() const { return m_root / "clm.log"; }
 
@@ -37,7 +42,7 @@ class StateDirectory {
   std::optional<pid_t> RunningPid() const;
 
   /// Makes an empty run directory and the flash folders. The lock must be held.
-  /// @param fresh erases flash and logs of earlier runs, too
+  /// @param fresh erases flash, logs and the reset type of earlier runs, too
   void Prepare(bool fresh) const;
   /// Sets HWAPI_RUN and HWAPI_BOARD for this process and its children.
   void SetEnvironment() const;

@@ -2,6 +2,7 @@
 /// boardsim up: a whole board in the background (or in the foreground), and its simulator process.
 #include "BoardDescription.h"
 #include "Commands.h"
+#include "FlashLayout.h"
 #include "KnownEndpoints.h"
 #include "OnlineTag.h"
 #include "OnlineWatch.h"
@@ -56,9 +57,9 @@ std::string Tail(const std::string& path) {
   return text.empty() ? "  (empty)\n" : text;
 }
 
-void CheckDescription(const std::string& path) {
+hwapi::board::BoardDescription LoadDescription(const std::string& path) {
   try {
-    hwapi::board::Load(path);
+    return hwapi::board::Load(path);
   } catch (const hwapi::board::DescriptionError& error) {
     throw SimError(ExitCode::Usage, std::string("the board description is wrong:\n") + error.what());
   }
@@ -131,11 +132,12 @@ void StayInForeground(const StateDirectory& state, const ProcessHandle& simulato
 }
 
 void RunUp(const UpArguments& arguments, const Settings& settings) {
-  CheckDescription(arguments.description);
+  const hwapi::board::BoardDescription board = LoadDescription(arguments.description);
   const StateDirectory state = settings.State();
   const std::string daemon = arguments.noDaemon ? "" : FindDaemon(arguments.daemon);
   const Fd lock = state.Lock();
   state.Prepare(arguments.fresh);
+  LayOutFlash(state, board);
   if (!daemon.empty()) CheckSandbox(state);
   std::filesystem::copy_file(arguments.description, state.Description());
   state.SetEnvironment();

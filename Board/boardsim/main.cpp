@@ -28,6 +28,7 @@ int Run(int argc, char** argv) {
   boardsim::AddDownCommand(app, settings);
   boardsim::AddStatusCommand(app, settings);
   boardsim::AddControlCommands(app, settings);
+  boardsim::AddResetTypeCommand(app, settings);
   boardsim::AddDetectCommand(app, settings);
   try {
     app.parse(argc, argv);

@@ -21,6 +21,12 @@ TEST(Sandbox, ShowsTheBoardsFlashToTheDaemon) {
   EXPECT_TRUE(Contains(command, {"--bind", "/tmp/board/rom", "/rom"}));
 }
 
+TEST(Sandbox, MountsEachFileSystemOfTheFlash) {
+  const auto command = SandboxCommand(kState, {"CLM"}, -1);
+  EXPECT_TRUE(Contains(command, {"--bind-try", "/tmp/board/ffs/fs1", "/ffs/fs1"}));
+  EXPECT_TRUE(Contains(command, {"--bind-try", "/tmp/board/ffs/fs2", "/ffs/fs2"}));
+}
+
 TEST(Sandbox, KeepsTheRunDirectoryAtItsPlace) {
   EXPECT_TRUE(Contains(SandboxCommand(kState, {"CLM"}, -1), {"--bind", "/tmp/board/run", "/tmp/board/run"}));
 }

@@ -83,6 +83,22 @@ TEST_F(StateDirectoryTest, ForgetsFlashWhenFresh) {
   EXPECT_TRUE(fs::exists(State().Root() + "/mine"));
 }
 
+TEST_F(StateDirectoryTest, IsFoundFromTheRunDirectory) {
+  const Fd lock = State().Lock();
+  State().Prepare(false);
+  Touch(State().Ffs() + "/file");
+  EXPECT_TRUE(fs::exists(State().Run() + "/root/ffs/file"));
+}
+
+TEST_F(StateDirectoryTest, ForgetsTheResetTypeWhenFresh) {
+  const Fd lock = State().Lock();
+  Touch(State().ResetAnswer());
+  State().Prepare(false);
+  EXPECT_TRUE(fs::exists(State().ResetAnswer()));
+  State().Prepare(true);
+  EXPECT_FALSE(fs::exists(State().ResetAnswer()));
+}
+
 TEST_F(StateDirectoryTest, IsNoLinkToAnotherFolder) {
   fs::create_directory(m_base / "other");
   fs::create_directory_symlink(m_base / "other", m_base / "state");
