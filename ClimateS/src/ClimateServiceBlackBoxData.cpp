@@ -1,16 +1,22 @@
 #include "ClimateServiceBlackBoxData.h"
 
 #include "AaConfig.h"
+#include "AaSysLog.h"
 #include "BlackBoxData.h"
 #include "Endpoints.h"
 #include "HwapiException.h"
 #include "Log.h"
 #include "Msg.h"
 #include "MsgGuard.h"
+#include "ResetEntry.h"
+#include "ResetTexts.h"
+#include "TextField.h"
 #include "messages/BlackBox.h"
 #include "messages/MessageIds.h"
 #include "messages/Reset.h"
+#include "messages/TagNotification.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -20,17 +26,41 @@ namespace {
 using StoreFileReq = Msg<SApiBlackboxStoreFileReq, API_BLACKBOX_STORE_FILE_REQ_MSG>;
 using StoreFileResp = Msg<SApiBlackboxStoreFileResp, API_BLACKBOX_STORE_FILE_RESP_MSG>;
 
-using ResetReq = Msg<SApi2ResetReq, API2_RESET_REQ_MSG>;
-using ResetResp = Msg<SApiResetResp, API_RESET_RESP_MSG>;
+using TagNotification = Msg<SAaConfigTagPublicSetNotifMsg, AACONFIG_TAG_PUBLIC_SET_NOTIF_MSG>;
 using ResetInfoReq = Msg<SApiGetBlackboxResetInfoReq, API_GET_BLACKBOX_RESET_INFO_REQ_MSG>;
 using ResetInfoResp = Msg<SApiGetBlackboxResetInfoResp, API_GET_BLACKBOX_RESET_INFO_RESP_MSG>;
 
 constexpr const char* kBootImageLinkTag = "sys.hwapi.bootimage.link.created";
 
-/// @return the text of a field, whether or not it has its terminating zero
-template <std::size_t N>
-std::string TextOf(const char (&field)[N]) {
-  return std::string(field, strnlen(field, N));
+/// Puts work on the service's own thread: the notification goes through its queue.
+void NotifyOwnService() {
+  const TAaSysComSicad service = AaSysComSicadGet(HWAPI_TEMPERATURE_SERVICE, AaSysComGetOwnNid());
+  TagNotification notification(service, sizeof(SAaConfigTagPublicSetNotifMsg));
+  if (notification.payload == nullptr) AaErrorAssertion("notifPayload != GLO_NULL", __FILE_NAME__, __LINE__);
+  AaSysComMsgSendS(&notification.msg, service);
+}
+
+/// @return category of the newest reset
+EResetCategory CategoryOf(const char* text) {
+  EResetCategory category = EResetCategory_Unknown;
+  if (!FindResetCategory(text, category)) {
+    CLM_LOG(Info, "HandleApiBlackboxResetInfoReqMsg(): unknown reset category '%s'", text);
+  }
+  return category;
+}
+
+/// @return why the board was last reset; all zero without a board file
+SResetReason LastResetReason() {
+  SResetReason reason{};
+  const BlackBoxData* const blackBox = BlackBoxData::getInstance();
+  if (blackBox->blackBoxFileExists() == 0) return reason;
+  char category[ResetEntry::kCategorySize] = {};
+  char extended[ResetEntry::kExtendedSize] = {};
+  blackBox->ResetStateInfo(category, extended);
+  reason.category = CategoryOf(category);
+  static_assert(sizeof(extended) == sizeof(reason.extended_info));
+  std::memcpy(reason.extended_info, extended, sizeof(extended));
+  return reason;
 }
 
 /// @return the request, its counters in this host's byte order
@@ -48,7 +78,43 @@ SApiBlackboxStoreFileReq InHostOrder(const StoreFileReq& req) {
 ClimateServiceBlackBoxData::ClimateServiceBlackBoxData(EUnitVersion unitVersion, EUnitType unitType)
     : m_unitVersion(unitVersion), m_unitType(unitType) {}
 
-u32 ClimateServiceBlackBoxData::InitBlackBoxData(const std::string* /*fanNames*/, u32 /*numberOfFans*/) { return 0; }
+bool ClimateServiceBlackBoxData::HasBlackBox() const {
+  return (m_unitType == EUnitType_Kel && m_unitVersion != EUnitVersion_Kele) || m_unitType == EUnitType_Pivo ||
+         m_unitType == EUnitType_Zun;
+}
+
+u32 ClimateServiceBlackBoxData::InitBlackBoxData(const std::string* fanNames, u32 numberOfFans) {
+  if (!HasBlackBox()) return 0;
+  if (BlackBoxData::getInstance()->init(m_unitType) != 1) {
+    CLM_LOG(Error, "BlackBox should be used in this HW, but there was some problem when initializing it");
+    return 0;
+  }
+  CLM_LOG(Debug, "BlackBox data collecting initialized");
+  AddFansToBlackBox(fanNames, numberOfFans);
+  RegisterTagObserver();
+  return 1;
+}
+
+void ClimateServiceBlackBoxData::AddFansToBlackBox(const std::string* fanNames, u32 numberOfFans) {
+  for (u32 i = 0; i < numberOfFans; ++i) BlackBoxData::getInstance()->addFan(fanNames[i]);
+}
+
+void ClimateServiceBlackBoxData::RegisterTagObserver() {
+  const i32 ret = AaConfigTagRegister(kBootImageLinkTag, TagObserver);
+  if (ret != 0) {
+    CLM_LOG(Error, "AaConfigTagRegister %s failed, ret=%d", kBootImageLinkTag, ret);
+  } else {
+    CLM_LOG(Info, "Registered observer for tag %s", kBootImageLinkTag);
+  }
+}
+
+void ClimateServiceBlackBoxData::TagObserver(const char* name, const void* value, u32 size) {
+  u32 number = 0;
+  if (value != nullptr) std::memcpy(&number, value, std::min<std::size_t>(size, sizeof(number)));
+  if (number == 0) return;
+  CLM_LOG(Debug, "TagObserver: tag %s has been set, value = %d", name, static_cast<int>(number));
+  NotifyOwnService();
+}
 
 void ClimateServiceBlackBoxData::EnableTemperatureTrace() { BlackBoxData::getInstance()->enableTemperatureTrace(); }
 
@@ -71,32 +137,6 @@ void ClimateServiceBlackBoxData::HandleConfigTagSetNotif() {
   }
 }
 
-void ClimateServiceBlackBoxData::HandleApi2ResetReqMsg(void* msg) {
-  const ResetReq reqMsg(msg);
-  if (reqMsg.payload == nullptr) {
-    throw MsgHandlingException("Payload missing from API2_RESET_REQ_MSG", __FILE_NAME__, __LINE__);
-  }
-  const SApi2ResetReq req = reqMsg.Record();
-  CLM_LOG(Debug,
-          "HandleApi2ResetReqMsg(): Received API2_RESET_REQ_MSG { board=0x%X, cpu=0x%X, state=0x%x, extra=0x%X, "
-          "Category=0x%X, extended_info='%s' }",
-          req.target_board, req.target_cpu, u32{req.reset_state}, req.reset_extra, u32{req.reset_reason.category},
-          TextOf(req.reset_reason.extended_info).c_str());
-
-  ResetResp resp = reqMsg.CreateReply<ResetResp>(sizeof(SApiResetResp));
-  const MsgGuard guard(resp.msg);
-  if (resp.payload == nullptr) {
-    throw MsgHandlingException("Creation of API_RESET_RESP_MSG failed", __FILE_NAME__, __LINE__);
-  }
-  *resp.payload = {.success_code = 0,
-                   .target_board = req.target_board,
-                   .target_cpu = req.target_cpu,
-                   .reset_state = req.reset_state,
-                   .reset_extra = req.reset_extra};
-  CLM_LOG(Debug, "Sending API_RESET_RESP_MSG to HWAPI_RESET_SERVICE");
-  resp.Send();
-}
-
 void ClimateServiceBlackBoxData::HandleApiBlackboxResetInfoReqMsg(void* msg) {
   CLM_LOG(Info, "HandleApiBlackboxResetInfoReqMsg called");
   const ResetInfoReq reqMsg(msg);
@@ -104,7 +144,9 @@ void ClimateServiceBlackBoxData::HandleApiBlackboxResetInfoReqMsg(void* msg) {
     throw MsgHandlingException("Payload missing from API_GET_BLACKBOX_RESET_INFO_REQ_MSG", __FILE_NAME__, __LINE__);
   }
   const SApiGetBlackboxResetInfoReq req = reqMsg.Record();
-  CLM_LOG(Debug, "HandleApiBlackboxResetInfoReqMsg(): reset category: %i and reset extra '%s'", 0, "");
+  const SResetReason reason = LastResetReason();
+  CLM_LOG(Debug, "HandleApiBlackboxResetInfoReqMsg(): reset category: %i and reset extra '%s'",
+          static_cast<int>(reason.category), reason.extended_info);
 
   ResetInfoResp resp = reqMsg.CreateReply<ResetInfoResp>(sizeof(SApiGetBlackboxResetInfoResp));
   const MsgGuard guard(resp.msg);
@@ -116,7 +158,7 @@ void ClimateServiceBlackBoxData::HandleApiBlackboxResetInfoReqMsg(void* msg) {
   *resp.payload = {.transactionId = req.transactionId,
                    .target_board = req.target_board,
                    .target_cpu = req.target_cpu,
-                   .reset_reason = {},
+                   .reset_reason = reason,
                    .status = EStatus_NoError};
   resp.Send();
 }
@@ -132,7 +174,8 @@ void ClimateServiceBlackBoxData::HandleApiBlackboxStoreFileReqMsg(void* msg) {
   const std::string targetFile = TextOf(record.targetFile);
   CLM_LOG(Debug, "HandleApiBlackboxStoreFileReqMsg() sourceFile %s numOfPrevFiles %d", sourceFile.c_str(),
           static_cast<int>(record.numOfPreviousFiles));
-  const u32 stored = BlackBoxData::getInstance()->copyFile(record.numOfPreviousFiles, sourceFile, targetFile);
+  const u32 stored =
+      BlackBoxData::getInstance()->copyFile(record.numOfPreviousFiles, sourceFile.c_str(), targetFile.c_str());
 
   StoreFileResp resp(req.GetSender(), sizeof(SApiBlackboxStoreFileResp));
   const MsgGuard guard(resp.msg);
