@@ -1,4 +1,4 @@
-/// Requests to store black-box data and files, on a board without a black box.
+/// Requests to store black-box data and files, on a board whose black box could not be initialized.
 #include "ServiceOnBoard.h"
 
 namespace ps::hwapi::common::climate {

@@ -1,0 +1,148 @@
+/// What the board file tells of the power supply and the filter, on units that have them.
+#include "BlackBoxTest.h"
+#include "PrivateRoot.h"
+
+#include <gmock/gmock.h>
+
+namespace ps::hwapi::common::climate {
+namespace {
+
+using testing::Contains;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+const std::string kProductData =
+    "\nPSU DATA\n"
+    "PRODUCT CODE: psu code\n"
+    "VENDOR: psu vendor\n"
+    "SERIAL NUMBER: psu serial\n"
+    "HWSWID: psu hwswid\n"
+    "\nFILTER DATA\n"
+    "PRODUCT CODE: filter code\n"
+    "VENDOR: filter vendor\n"
+    "HW VERSION: filter version\n"
+    "SERIAL NUMBER: filter serial\n"
+    "HWSWID: 1234567890\n";
+
+/// A unit with power supply and filter.
+class BlackBoxProductDataTest : public InPrivateRoot<BlackBoxTest> {
+ protected:
+  BlackBoxProductDataTest() {
+    fake::Board().psu = {{3, "psu code"}, {4, "psu vendor"}, {1, "psu serial"}, {2, "psu hwswid"}};
+    fake::Board().filter = {{0, "filter code"}, {2, "filter vendor"}, {4, "filter version"}, {1, "filter serial"}};
+    fake::Board().filterNumbers = {{6, 1234567890}};
+    Init(EUnitType_Pivo);
+  }
+
+  /// @return the board file, written anew
+  std::string NewFile() {
+    EXPECT_EQ(m_blackBox.createBlackboxFile(), 1u);
+    return File(kBoardFile);
+  }
+
+  /// @return the part of the new board file behind the main text
+  std::string NewProductData() {
+    const std::string file = NewFile();
+    const std::size_t lastLine = file.find("ERRORS: ECC double-bit");
+    return file.substr(file.find('\n', lastLine) + 1);
+  }
+};
+
+TEST_F(BlackBoxProductDataTest, StandsBehindTheMainText) { EXPECT_EQ(NewProductData(), kProductData); }
+
+TEST_F(BlackBoxProductDataTest, IsAWriteOfItsOwn) {
+  m_blackBox.createBlackboxFile();
+  const std::vector<fake::Call> writes = fake::Calls("AaFileWrite");
+  ASSERT_EQ(writes.size(), 2u);
+  EXPECT_EQ(writes.at(1), fake::Call("AaFileWrite", fake::Bytes(kProductData.begin(), kProductData.end()), kBoardFile));
+}
+
+TEST_F(BlackBoxProductDataTest, IsAskedBehindTheMainTextInTheOrderOfTheLines) {
+  m_blackBox.createBlackboxFile();
+  EXPECT_TRUE(fake::CalledInOrder({{"ddal_devicetree_get_ecc_double"},
+                                   {"AaFileWrite"},
+                                   {"ddal_psu_get_product_data", 3},
+                                   {"ddal_psu_get_product_data", 4},
+                                   {"ddal_psu_get_product_data", 1},
+                                   {"ddal_psu_get_product_data", 2},
+                                   {"ddal_filter_get_product_data", 0},
+                                   {"ddal_filter_get_product_data", 2},
+                                   {"ddal_filter_get_product_data", 4},
+                                   {"ddal_filter_get_product_data", 1},
+                                   {"ddal_filter_get_product_data", 6},
+                                   {"AaFileWrite"},
+                                   {"AaFileClose", kBoardFile}}));
+}
+
+TEST_F(BlackBoxProductDataTest, EachDatumIsAskedOnce) {
+  m_blackBox.createBlackboxFile();
+  EXPECT_EQ(fake::Calls("ddal_psu_get_product_data").size(), 4u);
+  EXPECT_EQ(fake::Calls("ddal_filter_get_product_data").size(), 5u);
+}
+
+TEST_F(BlackBoxProductDataTest, ALongTextKeepsItsFirst99Characters) {
+  fake::Board().psu[4] = std::string(150, 'v');
+  EXPECT_THAT(NewFile(), HasSubstr("VENDOR: " + std::string(99, 'v') + "\nSERIAL NUMBER: psu serial\n"));
+}
+
+TEST_F(BlackBoxProductDataTest, AnEmptyTextIsAText) {
+  fake::Board().filter[4] = "";
+  EXPECT_THAT(NewFile(), HasSubstr("\nHW VERSION: \n"));
+}
+
+TEST_F(BlackBoxProductDataTest, TheFiltersHwswidMayBeNegative) {
+  fake::Board().filterNumbers[6] = -3;
+  EXPECT_THAT(NewFile(), EndsWith("HWSWID: -3\n"));
+}
+
+TEST_F(BlackBoxProductDataTest, WithEveryQueryFailingHoldsTheLabels) {
+  fake::FailEvery("ddal_psu_get_product_data");
+  fake::FailEvery("ddal_filter_get_product_data");
+  EXPECT_EQ(NewProductData(),
+            "\nPSU DATA\nPRODUCT CODE:\nVENDOR:\nSERIAL NUMBER:\nHWSWID:\n"
+            "\nFILTER DATA\nPRODUCT CODE:\nVENDOR:\nHW VERSION:\nSERIAL NUMBER:\nHWSWID:\n");
+}
+
+/// A datum that cannot be read, and what the file and the log say then.
+struct MissingDatum {
+  const char* function;
+  unsigned call;  ///< which call of that function fails
+  const char* line;
+  const char* label;
+  const char* what;
+};
+
+void PrintTo(const MissingDatum& row, std::ostream* out) { *out << row.what; }
+
+class MissingProductDatumTest : public BlackBoxProductDataTest, public testing::WithParamInterface<MissingDatum> {};
+
+TEST_P(MissingProductDatumTest, LeavesItsLabelAndAnErrorWithTheResult) {
+  const MissingDatum& row = GetParam();
+  std::string expected = kProductData;
+  expected.replace(expected.find(row.line), std::string(row.line).size(), row.label);
+  fake::FailCall(row.function, row.call, -1004);
+  EXPECT_EQ(NewProductData(), expected);
+  EXPECT_THAT(fake::LogLines(), Contains(Line(kError, std::string("BlackBoxData::createBlackboxFile(): failed "
+                                                                  "to get ") +
+                                                          row.what + " (result = -1004)")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Queries, MissingProductDatumTest,
+    testing::Values(
+        MissingDatum{"ddal_psu_get_product_data", 1, "PRODUCT CODE: psu code\n", "PRODUCT CODE:\n", "PSU product code"},
+        MissingDatum{"ddal_psu_get_product_data", 2, "VENDOR: psu vendor\n", "VENDOR:\n", "PSU vendor"},
+        MissingDatum{"ddal_psu_get_product_data", 3, "SERIAL NUMBER: psu serial\n", "SERIAL NUMBER:\n",
+                     "PSU serial number"},
+        MissingDatum{"ddal_psu_get_product_data", 4, "HWSWID: psu hwswid\n", "HWSWID:\n", "PSU hwswid"},
+        MissingDatum{"ddal_filter_get_product_data", 1, "PRODUCT CODE: filter code\n", "PRODUCT CODE:\n",
+                     "Filter product code"},
+        MissingDatum{"ddal_filter_get_product_data", 2, "VENDOR: filter vendor\n", "VENDOR:\n", "Filter vendor"},
+        MissingDatum{"ddal_filter_get_product_data", 3, "HW VERSION: filter version\n", "HW VERSION:\n",
+                     "Filter HW version"},
+        MissingDatum{"ddal_filter_get_product_data", 4, "SERIAL NUMBER: filter serial\n", "SERIAL NUMBER:\n",
+                     "Filter serial number"},
+        MissingDatum{"ddal_filter_get_product_data", 5, "HWSWID: 1234567890\n", "HWSWID:\n", "Filter hwswid"}));
+
+}  // namespace
+}  // namespace ps::hwapi::common::climate

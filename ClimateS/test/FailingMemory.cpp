@@ -1,0 +1,41 @@
+#include "FailingMemory.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace ps::hwapi::common::climate {
+namespace {
+
+constexpr unsigned kNever = 0;
+
+thread_local unsigned t_allocationsLeft = kNever;  ///< the last of them fails
+thread_local bool t_happened = false;
+thread_local unsigned t_exempt = 0;
+
+bool Fails() {
+  if (t_exempt != 0 || t_allocationsLeft == kNever || --t_allocationsLeft != 0) return false;
+  t_happened = true;
+  return true;
+}
+
+}  // namespace
+
+FailingAllocation::FailingAllocation(unsigned nth) {
+  t_allocationsLeft = nth;
+  t_happened = false;
+}
+FailingAllocation::~FailingAllocation() { t_allocationsLeft = kNever; }
+bool FailingAllocation::Happened() const { return t_happened; }
+
+EnoughMemory::EnoughMemory() { ++t_exempt; }
+EnoughMemory::~EnoughMemory() { --t_exempt; }
+
+}  // namespace ps::hwapi::common::climate
+
+void* operator new(std::size_t size) {
+  void* const memory = ps::hwapi::common::climate::Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
