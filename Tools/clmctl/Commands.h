@@ -20,6 +20,9 @@ struct Settings {
 void AddTempCommands(CLI::App& app, Settings& settings);
 void AddFanCommands(CLI::App& app, Settings& settings);
 void AddTagCommands(CLI::App& app, Settings& settings);
+void AddTechlogCommands(CLI::App& app, Settings& settings);
 void AddSendCommand(CLI::App& app, Settings& settings);
+void AddBlackBoxCommands(CLI::App& app, Settings& settings);
+void AddResetCommand(CLI::App& app, Settings& settings);
 
 }  // namespace clmctl

@@ -37,7 +37,10 @@ int Run(int argc, char** argv) {
   clmctl::AddTempCommands(app, settings);
   clmctl::AddFanCommands(app, settings);
   clmctl::AddTagCommands(app, settings);
+  clmctl::AddTechlogCommands(app, settings);
   clmctl::AddSendCommand(app, settings);
+  clmctl::AddBlackBoxCommands(app, settings);
+  clmctl::AddResetCommand(app, settings);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,0 +1,30 @@
+#include "FileLines.h"
+
+#include "Screen.h"
+
+#include <charconv>
+
+namespace clmctl {
+
+FileLines::FileLines(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    cut = end == std::string_view::npos;
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(cut ? text.size() : end + 1);
+  }
+}
+
+std::string Quoted(std::string_view text) {
+  constexpr std::size_t kShown = 60;
+  return "'" + Printable(text.substr(0, kShown)) + (text.size() > kShown ? "...'" : "'");
+}
+
+std::optional<i32> NumberIn(std::string_view text) {
+  i32 value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+}  // namespace clmctl
