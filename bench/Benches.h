@@ -13,6 +13,18 @@ void RegisterRoundTrip(const BenchBoard& board);
 void RegisterSensorReading(const BenchBoard& board);
 void RegisterStart(const BenchBoard& board);
 
+/// What a rewrite of the trace costs.
+struct TraceCost {
+  double seconds;  ///< median of the service's rewrites
+  double ratio;    ///< median of the ratios to writing, syncing and renaming the same bytes bare, taken in pairs
+};
+struct TraceFigures {
+  TraceCost onDisk;
+  TraceCost inMemory;  ///< where a sync costs nothing
+};
+/// Runs in a process of its own, before this process uses the platform.
+TraceFigures MeasureTraceRewrite();
+
 /// Memory of a daemon.
 struct MemoryUse {
   double residentKib;

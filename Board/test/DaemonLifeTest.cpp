@@ -68,7 +68,8 @@ class HostileMessageTest : public BoardTest {
     }
   }
   void ExpectTheSameDaemonToAnswer(pid_t before) const {
-    EXPECT_EQ(Clmctl({"temp", "stop", "Kel"}).status, 0);
+    const Result stop = Clmctl({"temp", "stop", "Kel"});
+    EXPECT_EQ(stop.status, 0) << stop.err;
     EXPECT_EQ(DaemonPid(), before);
   }
 };

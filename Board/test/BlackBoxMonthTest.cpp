@@ -1,0 +1,82 @@
+// A month of the black box, on a clock that makes a day of a second.
+#include "TestBoard.h"
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <thread>
+
+namespace boardtest {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What the daemon holds at a time.
+struct Holdings {
+  std::size_t descriptors = 0;
+  std::size_t threads = 0;
+  long residentKb = 0;
+  std::vector<std::string> files;  ///< names in the lifedata folder
+};
+
+class BlackBoxMonthTest : public BoardTest {
+ protected:
+  void UpADayASecond() {
+    const std::string clock = "[clock]\nspeed = 86400\nstart = 2026-01-01T00:00:00Z\n";
+    UpWith(Write("month.toml", clock + FileText(fs::path(BOARDS_FOLDER) / "kela.toml")));
+  }
+
+  fs::path Lifedata() const { return fs::path(StateFolder()) / "ffs/fs1/config/lifedata"; }
+  std::string Trace() const { return FileText(Lifedata() / "blackbox_temperature"); }
+  /// @return the day of the board file's time, e.g. "2026-01-17"; empty until there is one
+  std::string DayOfBoardFile() const {
+    const std::string text = FileText(Lifedata() / "blackbox");
+    return text.starts_with("TIMESTAMP: ") ? text.substr(11, 10) : "";
+  }
+  /// Waits until the files were written on that day or later.
+  bool WaitForDay(const std::string& day) const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(100);
+    while (DayOfBoardFile() < day) {
+      if (std::chrono::steady_clock::now() > end) return false;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+  }
+
+  Holdings HoldingsOf(pid_t daemon) const {
+    const std::string proc = "/proc/" + std::to_string(daemon);
+    Holdings held;
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(proc + "/fd")) ++held.descriptors;
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(proc + "/task")) ++held.threads;
+    std::ifstream status(proc + "/status");
+    for (std::string line; std::getline(status, line);) {
+      if (line.starts_with("VmRSS:")) held.residentKb = std::stol(line.substr(6));
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(Lifedata())) {
+      const std::string name = entry.path().filename();
+      if (!name.starts_with(".")) held.files.push_back(name);  // hidden: a file that is being replaced just now
+    }
+    std::sort(held.files.begin(), held.files.end());
+    return held;
+  }
+};
+
+TEST_F(BlackBoxMonthTest, LeavesFilesMemoryAndHandlesAsTheyWere) {
+  UpADayASecond();
+  ASSERT_EQ(Clmctl({"temp", "start", "Kel", "--interval", "1min"}).status, 0);
+  ASSERT_TRUE(WaitForDay("2026-01-04"));
+  const pid_t daemon = DaemonPid();
+  const Holdings before = HoldingsOf(daemon);
+  ASSERT_TRUE(WaitForDay("2026-02-03"));
+  const Holdings after = HoldingsOf(daemon);
+  EXPECT_EQ(after.files, before.files);
+  EXPECT_EQ(after.threads, before.threads);
+  EXPECT_LE(after.descriptors, before.descriptors + 6) << "a file or two are being written";
+  EXPECT_LE(after.residentKb, before.residentKb + 1024);
+  EXPECT_EQ(DaemonPid(), daemon);
+  const std::string trace = Trace();
+  EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 7 + 180);
+}
+
+}  // namespace
+}  // namespace boardtest
