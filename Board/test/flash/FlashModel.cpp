@@ -10,9 +10,8 @@ namespace {
 using Kind = Operation::Kind;
 
 constexpr std::size_t kMostStates = 2048;
-/// Content is cut at blocks of this many bytes, and of more where it is large.
+/// Content is cut at blocks of this many bytes, and of a multiple where these were too many.
 constexpr std::size_t kBlock = 4;
-constexpr std::size_t kMostBlocks = 96;
 
 bool ChangesContent(const Operation& operation) {
   return operation.kind == Kind::Write || operation.kind == Kind::Truncate || operation.kind == Kind::SetMode;
@@ -39,10 +38,10 @@ void ChangeContent(Node& node, const Operation& operation) {
 }
 
 /// @return what can be found in a file of which not everything was synced
-std::vector<Node> Versions(const Node& synced, const Node& written) {
+std::vector<Node> Versions(const Node& synced, const Node& written, std::size_t mostBlocks) {
   const std::string& whole = written.content;
   std::set<std::string> contents = {whole, synced.content};
-  const std::size_t block = (whole.size() / kMostBlocks / kBlock + 1) * kBlock;
+  const std::size_t block = (whole.size() / mostBlocks / kBlock + 1) * kBlock;
   for (std::size_t cut = 0; cut < whole.size(); cut += block) {
     const std::string part = whole.substr(0, cut);
     contents.insert(part);
@@ -143,8 +142,9 @@ FlashModel::Loss FlashModel::LossAfter(std::size_t count) const {
   }
   for (const auto& [file, contents] : files) {
     loss.files.push_back(file);
-    loss.versions.push_back(contents.first == contents.second ? std::vector<Node>{contents.second}
-                                                              : Versions(contents.first, contents.second));
+    loss.versions.push_back(contents.first == contents.second
+                                ? std::vector<Node>{contents.second}
+                                : Versions(contents.first, contents.second, m_mostBlocks));
     loss.sizes.push_back(loss.versions.back().size());
   }
   return loss;

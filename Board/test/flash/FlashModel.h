@@ -26,7 +26,9 @@ class FlashModel {
   using Visitor = std::function<void(const Tree& state, bool atEnd)>;
 
   /// @param before     the flash before the operations, everything on it lasting
-  FlashModel(Tree before, Operations operations) : m_before(std::move(before)), m_operations(std::move(operations)) {}
+  /// @param mostBlocks into how many blocks at most the content of a file is cut
+  FlashModel(Tree before, Operations operations, std::size_t mostBlocks = 96)
+      : m_before(std::move(before)), m_operations(std::move(operations)), m_mostBlocks(mostBlocks) {}
 
   /// Visits every different state once, for a power cut before the first operation, between each two, and after the
   /// last one. Of more than 2048 states between two operations so many samples are taken, always the same.
@@ -39,6 +41,7 @@ class FlashModel {
 
   Tree m_before;
   Operations m_operations;
+  std::size_t m_mostBlocks;
 };
 
 }  // namespace flash

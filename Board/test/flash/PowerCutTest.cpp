@@ -40,7 +40,7 @@ class PowerCut : public ::testing::TestWithParam<Scenario> {
     Operations unsynced = m_test.Done();
     std::erase_if(unsynced, [sync](const Operation& operation) { return operation.kind == sync; });
     Faults faults;
-    FlashModel(Expected().Before(), unsynced).ForEachState([&](const Tree& state, bool atEnd) {
+    FlashModel(Expected().Before(), unsynced, GetParam().mostBlocks).ForEachState([&](const Tree& state, bool atEnd) {
       if (faults.empty()) faults = Judge(state, atEnd);
     });
     return faults;
@@ -51,7 +51,7 @@ class PowerCut : public ::testing::TestWithParam<Scenario> {
 
 TEST_P(PowerCut, LeavesEveryFileWholeAndTheRestartLeavesNoOther) {
   Faults faults;
-  const FlashModel model(Expected().Before(), m_test.Done());
+  const FlashModel model(Expected().Before(), m_test.Done(), GetParam().mostBlocks);
   const auto count = model.ForEachState([&](const Tree& state, bool atEnd) {
     if (!faults.empty()) return;
     faults = Judge(state, atEnd);

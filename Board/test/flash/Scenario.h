@@ -22,6 +22,8 @@ struct Scenario {
   void (*use)(BlackBoxData& blackBox);
   /// Makes the change when the black box is in use, also several times; null when taking it into use makes it.
   void (*change)(BlackBoxData& blackBox);
+  /// Into how many blocks a power cut may cut a file: fewer where there are more files, or larger ones.
+  std::size_t mostBlocks = 96;
   /// What a power cut leaves behind goes when the change is made the next time, not already with the restart.
   bool cleanedByChange = false;
 
