@@ -61,10 +61,11 @@ inline pid_t AwaitChildOf(pid_t parent, const std::string& name) {
   return child;
 }
 
-/// Ends a child of somebody else, and waits until nothing of it is left but its status.
+/// Ends a child of somebody else, and waits until nothing of it is left but its status: its first thread may be gone
+/// while another one, of a sanitizer, still keeps descriptors open.
 inline void KillOthersChild(pid_t pid) {
   kill(pid, SIGKILL);
-  EXPECT_TRUE(Await([pid] { return Status(pid, "State").starts_with('Z'); }));
+  EXPECT_TRUE(Await([pid] { return Status(pid, "State").starts_with('Z') && Status(pid, "Threads") == "1"; }));
 }
 
 /// Waits until a child of this process is gone. @return its exit status; -1 when a signal ended it
