@@ -182,7 +182,7 @@ FlashModel::Count FlashModel::ForEachState(const Visitor& visit) const {
       const Tree state = StateWith(loss, combinations.Choices());
       if (!seen.insert(std::hash<std::string>()(KeyOf(state, atEnd))).second) continue;
       ++count.different;
-      visit(state, atEnd);
+      if (!visit(state, atEnd)) return count;
     }
   }
   return count;

@@ -23,7 +23,8 @@ class FlashModel {
     std::size_t different = 0;
   };
   /// @param atEnd whether all operations had been done
-  using Visitor = std::function<void(const Tree& state, bool atEnd)>;
+  /// @return whether to go on
+  using Visitor = std::function<bool(const Tree& state, bool atEnd)>;
 
   /// @param before     the flash before the operations, everything on it lasting
   /// @param mostBlocks into how many blocks at most the content of a file is cut

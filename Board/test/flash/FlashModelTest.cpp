@@ -36,7 +36,7 @@ class FlashModelTest : public ::testing::Test {
   void Remove(const std::string& path) { m_operations.push_back({.kind = Kind::Remove, .path = path}); }
 
   FlashModel::Count Count() const {
-    return FlashModel(m_before, m_operations).ForEachState([](const Tree&, bool) {});
+    return FlashModel(m_before, m_operations).ForEachState([](const Tree&, bool) { return true; });
   }
   /// @return whether a power cut can do harm
   bool IsDangerous() const {
@@ -44,6 +44,7 @@ class FlashModelTest : public ::testing::Test {
     bool isDangerous = false;
     FlashModel(m_before, m_operations).ForEachState([&](const Tree& state, bool atEnd) {
       isDangerous |= !(atEnd ? expected.FaultsOfDone(state) : expected.FaultsOf(state)).empty();
+      return !isDangerous;
     });
     return isDangerous;
   }
@@ -119,6 +120,7 @@ TEST_F(FlashModelTest, ContentThatWasNotSyncedCanBeMissingCutOrZeroed) {
   std::set<std::string> found;
   FlashModel(m_before, m_operations).ForEachState([&](const Tree& state, bool atEnd) {
     if (atEnd) found.insert(state.at(kTemporary).content);
+    return true;
   });
   const std::string zeros(4, '\0');
   EXPECT_EQ(found, (std::set<std::string>{"", "1234", "12345678", "1234" + zeros, zeros + "5678", zeros + zeros}));
@@ -133,6 +135,7 @@ TEST_F(FlashModelTest, ChangesOfAFolderThatWereNotSyncedComeInAnyCombination) {
     std::set<std::string> names;
     for (const auto& [path, node] : state) names.insert(path);
     if (atEnd) found.insert(names);
+    return true;
   });
   EXPECT_EQ(found.size(), 8u);
 }
@@ -145,6 +148,7 @@ TEST_F(FlashModelTest, AFolderThatIsLostTakesItsFilesWithIt) {
   FlashModel(m_before, m_operations).ForEachState([&](const Tree& state, bool atEnd) {
     isLost |= atEnd && !state.contains("/ffs/folder");
     EXPECT_TRUE(state.contains("/ffs/folder") || !state.contains("/ffs/folder/file"));
+    return true;
   });
   EXPECT_TRUE(isLost);
 }

@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -102,7 +103,8 @@ void StartResetService() {
   const int log = open(kLogFile, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
   dup2(log, STDERR_FILENO);
   std::ofstream(kResultFile, std::ios::binary) << life();
-  _exit(EXIT_SUCCESS);
+  raise(SIGKILL);
+  _exit(EXIT_FAILURE);
 }
 
 }  // namespace
@@ -116,12 +118,13 @@ void DescribeBoard() {
 std::optional<std::string> Live(const std::function<std::string()>& life) {
   fs::remove_all(kRunFolder);
   fs::create_directory(kRunFolder);
+  fs::remove(kResultFile);
   const pid_t child = fork();
   if (child == 0) BeChild(life);
   int status = -1;
   waitpid(child, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) return std::nullopt;
-  return ContentOf(kResultFile);
+  const bool wasLivedToItsEnd = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL && fs::exists(kResultFile);
+  return wasLivedToItsEnd ? std::optional(ContentOf(kResultFile)) : std::nullopt;
 }
 
 std::string Log() { return ContentOf(kLogFile); }

@@ -41,7 +41,8 @@ class PowerCut : public ::testing::TestWithParam<Scenario> {
     std::erase_if(unsynced, [sync](const Operation& operation) { return operation.kind == sync; });
     Faults faults;
     FlashModel(Expected().Before(), unsynced, GetParam().mostBlocks).ForEachState([&](const Tree& state, bool atEnd) {
-      if (faults.empty()) faults = Judge(state, atEnd);
+      faults = Judge(state, atEnd);
+      return faults.empty();
     });
     return faults;
   }
@@ -53,9 +54,9 @@ TEST_P(PowerCut, LeavesEveryFileWholeAndTheRestartLeavesNoOther) {
   Faults faults;
   const FlashModel model(Expected().Before(), m_test.Done(), GetParam().mostBlocks);
   const auto count = model.ForEachState([&](const Tree& state, bool atEnd) {
-    if (!faults.empty()) return;
     faults = Judge(state, atEnd);
     if (faults.empty()) faults = JudgeRestart(state);
+    return faults.empty();
   });
   std::printf("%zu operations, %zu states, %zu of them different\n", m_test.Done().size(), count.states,
               count.different);
