@@ -9,7 +9,6 @@
 #include "RadIds.h"
 #include "UtcText.h"
 
-#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -48,12 +47,10 @@ class RingGuard {
 
 std::string Column(bool failed, i32 value) { return failed ? "error\t" : std::to_string(value) + "\t"; }
 
-/// @return an extreme and a tab; of a long number only what the file has room for
+/// @return an extreme and a tab; of a long number only the characters that the file has room for
 std::string Extreme(bool measured, i32 value) {
-  if (!measured) return "-\t";
-  char digits[9];
-  std::snprintf(digits, sizeof(digits), "%d", value);
-  return std::string(digits) + "\t";
+  constexpr std::size_t kMostCharacters = 8;
+  return measured ? std::to_string(value).substr(0, kMostCharacters) + "\t" : "-\t";
 }
 
 template <typename Map>
