@@ -1,22 +1,11 @@
 #include "FanNames.h"
 
-#include "CommandError.h"
+#include "Refusal.h"
 
 #include <gtest/gtest.h>
 
 namespace clmctl {
 namespace {
-
-template <typename Call>
-std::string Refusal(Call call) {
-  try {
-    call();
-  } catch (const CommandError& error) {
-    EXPECT_EQ(error.Code(), ExitCode::Usage);
-    return error.what();
-  }
-  return "";
-}
 
 TEST(Fan, IsKnownByItsNumber) {
   EXPECT_EQ(ParseFan("201"), EFanUnit_GarFan1);

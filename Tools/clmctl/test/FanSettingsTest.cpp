@@ -1,6 +1,6 @@
 #include "FanSettings.h"
 
-#include "CommandError.h"
+#include "Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -8,17 +8,6 @@ namespace clmctl {
 namespace {
 
 using std::chrono::seconds;
-
-template <typename Call>
-std::string Refusal(Call call) {
-  try {
-    call();
-  } catch (const CommandError& error) {
-    EXPECT_EQ(error.Code(), ExitCode::Usage);
-    return error.what();
-  }
-  return "";
-}
 
 TEST(FanSpeeds, ArePerCentWithOrWithoutTheSign) {
   const auto settings = ParseFanSpeeds({"201=60", "GAR_FAN2=80%", "203=0", "155=100%"});

@@ -1,6 +1,6 @@
 #include "Values.h"
 
-#include "CommandError.h"
+#include "Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -8,17 +8,6 @@ namespace clmctl {
 namespace {
 
 using std::chrono::milliseconds;
-
-template <typename Call>
-std::string Refusal(Call call) {
-  try {
-    call();
-  } catch (const CommandError& error) {
-    EXPECT_EQ(error.Code(), ExitCode::Usage);
-    return error.what();
-  }
-  return "";
-}
 
 TEST(Duration, TakesEveryUnit) {
   EXPECT_EQ(ParseDuration("500ms"), milliseconds(500));

@@ -1,6 +1,6 @@
 #include "BlackBoxRequests.h"
 
-#include "CommandError.h"
+#include "../../test/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -8,17 +8,6 @@
 
 namespace clmctl {
 namespace {
-
-template <typename Call>
-std::string Refusal(Call call) {
-  try {
-    call();
-  } catch (const CommandError& error) {
-    EXPECT_EQ(error.Code(), ExitCode::Usage);
-    return error.what();
-  }
-  return "";
-}
 
 TEST(StoreFileRequest, CarriesPathsAndOlderCopies) {
   const SApiBlackboxStoreFileReq request = StoreFileRequest("/rom/log", "log", 1);
