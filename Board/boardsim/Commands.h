@@ -28,6 +28,7 @@ void AddStatusCommand(CLI::App& app, Settings& settings);
 /// temp, fan, tag, clock
 void AddControlCommands(CLI::App& app, Settings& settings);
 void AddResetTypeCommand(CLI::App& app, Settings& settings);
+void AddResetCommand(CLI::App& app, Settings& settings);
 void AddDetectCommand(CLI::App& app, Settings& settings);
 
 /// Prints the endpoints and whether they are online.

@@ -78,6 +78,10 @@ i32 RequestTemp(const TempReq& request) {
 
 i32 RequestFan(const FanReq& request) { return RequestChange(BOARDSIM_FAN_REQ_MSG, request, BOARDSIM_FAN_RESP_MSG); }
 
+i32 RequestReset(const ResetReq& request) {
+  return RequestChange(BOARDSIM_RESET_REQ_MSG, request, BOARDSIM_RESET_RESP_MSG);
+}
+
 SimulatorStatus RequestStatus() {
   const Message response = Exchange(BOARDSIM_STATUS_REQ_MSG, nullptr, 0, BOARDSIM_STATUS_RESP_MSG);
   const PayloadView payload(response.get());

@@ -20,6 +20,8 @@ struct SimulatorStatus {
 i32 RequestTemp(const TempReq& request);
 /// @return, @throw as RequestTemp
 i32 RequestFan(const FanReq& request);
+/// Resets the board. @return, @throw as RequestTemp
+i32 RequestReset(const ResetReq& request);
 /// @throw as RequestTemp
 SimulatorStatus RequestStatus();
 

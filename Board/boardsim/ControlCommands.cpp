@@ -23,17 +23,6 @@ struct ControlArguments {
   std::string value;
 };
 
-/// The platform of this process is that of the running board from here on.
-void JoinBoard(const Settings& settings) {
-  const StateDirectory state = settings.State();
-  if (!std::filesystem::exists(state.Description())) {
-    throw SimError(ExitCode::Unreachable,
-                   "no board is up in " + state.Root() +
-                       "; bring one up with `boardsim up FILE`, or name its folder with --state");
-  }
-  state.SetEnvironment();
-}
-
 std::string SimulatedDevices() {
   std::string text;
   for (const hwapi::board::Temperature& sensor : hwapi::board::OwnBoard().temperatures) {
@@ -54,7 +43,7 @@ void ExpectDone(i32 error) {
 
 void RunTemp(const ControlArguments& arguments, const Settings& settings) {
   const TempReq request = ParseTemp(arguments.target, arguments.value);
-  JoinBoard(settings);
+  settings.State().Join();
   const i32 error = RequestTemp(request);
   if (error == DDAL_ERR_NO_DEVICE) {
     throw SimError(ExitCode::Refused,
@@ -75,7 +64,7 @@ std::string SimulatedFans() {
 
 void RunFan(const ControlArguments& arguments, const Settings& settings) {
   const FanReq request = ParseFan(arguments.target, arguments.value);
-  JoinBoard(settings);
+  settings.State().Join();
   const i32 error = RequestFan(request);
   if (error == DDAL_ERR_NO_DEVICE) {
     throw SimError(ExitCode::Refused,
@@ -86,14 +75,14 @@ void RunFan(const ControlArguments& arguments, const Settings& settings) {
 
 void RunTag(const ControlArguments& arguments, const Settings& settings) {
   const std::string bytes = ParseTagValue(arguments.value);
-  JoinBoard(settings);
+  settings.State().Join();
   const i32 error = AaConfigTagPublicSet(arguments.target.c_str(), bytes.data(), static_cast<u32>(bytes.size()));
   if (error == 0) return;
   throw SimError(ExitCode::Refused, "cannot set the tag " + arguments.target + ": " + std::strerror(error));
 }
 
 void RunClock(const ControlArguments& arguments, const Settings& settings) {
-  JoinBoard(settings);
+  settings.State().Join();
   SAaTime now{};
   AaUtcTimeGet(&now);
   const SAaTime wanted = ParseClock(arguments.value, now);
@@ -127,7 +116,8 @@ void AddControlCommands(CLI::App& app, Settings& settings) {
   tag->add_option("NAME", arguments->target, "Name of the tag")->required();
   tag->add_option("VALUE", arguments->value, "A number (4 bytes) or text; text:... is text")->required();
   add("clock", "Set the board's clock", RunClock)
-      ->add_option("TIME", arguments->value, "+1h, -10min, or 2030-01-01T00:00:00Z")
+      ->add_option("TIME", arguments->value,
+                   "+1h, -10min, 2030-01-01T00:00:00Z, now (the host's time), or unset (1970)")
       ->required();
 }
 

@@ -3,6 +3,7 @@
 /// other service knows them. (The ids below 0xFF40 are libNUB's own.)
 #pragma once
 
+#include "AaSysTime.h"
 #include "GloTypes.h"
 
 #include <cstddef>
@@ -19,6 +20,8 @@ inline constexpr u32 BOARDSIM_STATUS_RESP_MSG = 0xFF43;
 inline constexpr u32 BOARDSIM_TICK_IND_MSG = 0xFF44;  ///< the simulator's own timer, no payload
 inline constexpr u32 BOARDSIM_FAN_REQ_MSG = 0xFF45;
 inline constexpr u32 BOARDSIM_FAN_RESP_MSG = 0xFF46;  ///< a ChangeResp
+inline constexpr u32 BOARDSIM_RESET_REQ_MSG = 0xFF47;
+inline constexpr u32 BOARDSIM_RESET_RESP_MSG = 0xFF48;  ///< a ChangeResp
 
 /// What a simulated sensor shows.
 enum class SensorMode : u32 {
@@ -51,6 +54,16 @@ struct FanReq {
   i32 value;  ///< stuck: revolutions a minute; failing: the driver's error code
 };
 static_assert(sizeof(FanReq) == 12);
+
+/// BOARDSIM_RESET_REQ_MSG: the board as it is after the reset. What has no value set stays as it was.
+struct ResetReq {
+  u32 fileSystem;  ///< the one that runs: 1 or 2; 0: the same
+  u32 setsCounter;
+  i32 counter;  ///< resets in a row
+  u32 setsClock;
+  SAaTime clock;  ///< UTC
+};
+static_assert(sizeof(ResetReq) == 44);
 
 /// Answer to a request that changes hardware.
 struct ChangeResp {

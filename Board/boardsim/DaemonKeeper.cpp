@@ -52,6 +52,22 @@ unsigned DaemonKeeper::Starts() const {
   return m_starts;
 }
 
+void DaemonKeeper::Reset(const std::function<void()>& change) {
+  std::unique_lock lock(m_mutex);
+  m_held = true;
+  if (m_process) m_process->Signal(SIGKILL);
+  m_changed.notify_all();
+  m_changed.wait(lock, [this] { return m_down; });
+  const struct Release {
+    DaemonKeeper& keeper;
+    ~Release() {
+      keeper.m_held = false;
+      keeper.m_changed.notify_all();
+    }
+  } release{*this};
+  change();
+}
+
 void DaemonKeeper::Loop() {
   // The thread that starts the daemon lives as long as this object: the daemon ends with its parent thread.
   while (true) {
@@ -85,8 +101,9 @@ pid_t DaemonKeeper::Start() {
   m_pid = inner;
   m_process = process;
   AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 0, "daemon started, process %d", static_cast<int>(inner));
-  // The board may have been told to go down between the start and here.
+  // The board may have been told to go down, or been reset, between the start and here.
   if (m_stopping) process->Signal(SIGTERM);
+  if (m_held) process->Signal(SIGKILL);
   return child;
 }
 
@@ -94,11 +111,17 @@ bool DaemonKeeper::Pause(const std::string& outcome, std::chrono::milliseconds r
   std::unique_lock lock(m_mutex);
   m_pid = 0;
   m_process.reset();
-  if (m_stopping) return false;
-  const std::chrono::milliseconds pause = m_pause.Next(ran);
-  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, 0, "daemon ended after %lld ms: %s; starting it again in %lld ms",
-                 static_cast<long long>(ran.count()), outcome.c_str(), static_cast<long long>(pause.count()));
-  return !m_changed.wait_for(lock, pause, [this] { return m_stopping; });
+  m_down = true;
+  m_changed.notify_all();
+  if (!m_stopping && !m_held) {
+    const std::chrono::milliseconds pause = m_pause.Next(ran);
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, 0, "daemon ended after %lld ms: %s; starting it again in %lld ms",
+                   static_cast<long long>(ran.count()), outcome.c_str(), static_cast<long long>(pause.count()));
+    m_changed.wait_for(lock, pause, [this] { return m_stopping || m_held; });
+  }
+  m_changed.wait(lock, [this] { return m_stopping || !m_held; });
+  m_down = false;
+  return !m_stopping;
 }
 
 }  // namespace boardsim

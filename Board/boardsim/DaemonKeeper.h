@@ -7,6 +7,7 @@
 #include "StateDirectory.h"
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -27,12 +28,15 @@ class DaemonKeeper {
   pid_t Pid() const;
   /// @return how often it was started
   unsigned Starts() const;
+  /// Kills the daemon, which learns nothing of it, as in a reset of the board; starts it again once @p change has
+  /// returned. What that throws passes through, and the daemon is started all the same. One thread at a time.
+  void Reset(const std::function<void()>& change);
 
  private:
   void Loop();
   /// Starts it and notes its process. @return the child to wait for
   pid_t Start();
-  /// Waits before the next start. @return false when the board goes down
+  /// Waits before the next start: not at all after a reset. @return false when the board goes down
   bool Pause(const std::string& outcome, std::chrono::milliseconds ran);
 
   const StateDirectory m_state;
@@ -42,6 +46,8 @@ class DaemonKeeper {
   mutable std::mutex m_mutex;
   std::condition_variable m_changed;
   bool m_stopping = false;
+  bool m_held = false;  ///< the board is being reset: no start
+  bool m_down = false;  ///< the daemon does not run, and is not being started
   unsigned m_starts = 0;
   pid_t m_pid = 0;
   std::shared_ptr<ProcessHandle> m_process;

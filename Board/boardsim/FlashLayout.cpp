@@ -131,6 +131,12 @@ unsigned RunningFileSystem(const hwapi::board::Boot& boot) {
   return secondIsActive == passiveRuns ? 1 : 2;
 }
 
+void LinkRunningFileSystem(const StateDirectory& state, unsigned running) {
+  const fs::path ffs = state.Ffs();
+  MakeLink(ffs / "run", FileSystemPath(running));
+  MakeLink(ffs / "stb", FileSystemPath(3 - running));
+}
+
 void LayOutFlash(const StateDirectory& state, const hwapi::board::BoardDescription& board) {
   const fs::path ffs = state.Ffs();
   for (const char* fileSystem : {"fs1", "fs2"}) {
@@ -139,8 +145,7 @@ void LayOutFlash(const StateDirectory& state, const hwapi::board::BoardDescripti
   LayOutBuild(ffs / "fs1", board.boot.fs1Build, "R2_4.1");
   LayOutBuild(ffs / "fs2", board.boot.fs2Build, "R2_4.0");
   const unsigned running = RunningFileSystem(board.boot);
-  MakeLink(ffs / "run", FileSystemPath(running));
-  MakeLink(ffs / "stb", FileSystemPath(3 - running));
+  LinkRunningFileSystem(state, running);
   LayOutLogs(state, board, running);
 }
 

@@ -16,6 +16,10 @@ namespace boardsim {
 /// @throw SimError (unreachable) when the folder cannot be used
 void LayOutFlash(const StateDirectory& state, const hwapi::board::BoardDescription& board);
 
+/// Lets /ffs/run lead to the file system that runs, 1 or 2, and /ffs/stb to the other.
+/// @throw as LayOutFlash
+void LinkRunningFileSystem(const StateDirectory& state, unsigned running);
+
 /// @return the file system that runs: 1 or 2. The active one when the active image runs, else the other.
 unsigned RunningFileSystem(const hwapi::board::Boot& boot);
 

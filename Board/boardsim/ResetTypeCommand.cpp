@@ -2,7 +2,6 @@
 /// boardsim reset-type: what the reset service tells of the last reset.
 #include "Commands.h"
 #include "ResetAnswer.h"
-#include "SimError.h"
 
 #include <memory>
 
@@ -11,12 +10,7 @@ namespace {
 
 void RunResetType(const std::string& text, const Settings& settings) {
   const StateDirectory state = settings.State();
-  if (!std::filesystem::exists(state.Description())) {
-    throw SimError(ExitCode::Unreachable,
-                   "there is no board in " + state.Root() +
-                       "; bring one up with `boardsim up FILE`, or name its folder with --state");
-  }
-  state.SetEnvironment();
+  state.Join();
   const ResetAnswer wanted = ResetAnswer::FromCommand(text, ResetAnswer::Current(state.ResetAnswer()));
   // The reset service reads it with each question, so the next start of the daemon finds it.
   wanted.Save(state.ResetAnswer());

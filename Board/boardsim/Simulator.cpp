@@ -4,9 +4,13 @@
 #include "AaSysLog.h"
 #include "AaSysTime.h"
 #include "ControlMessages.h"
+#include "FlashLayout.h"
 #include "Msg.h"
 #include "PayloadView.h"
+#include "SimError.h"
+#include "ddal_board.h"
 #include "ddal_error.h"
+#include "ddal_sim.h"
 
 #include <unistd.h>
 
@@ -57,6 +61,7 @@ void Simulator::Init() {
       {.id = BOARDSIM_TICK_IND_MSG, .handler = &Simulator::HandleTick},
       {.id = BOARDSIM_TEMP_REQ_MSG, .handler = &Simulator::HandleTempReq},
       {.id = BOARDSIM_FAN_REQ_MSG, .handler = &Simulator::HandleFanReq},
+      {.id = BOARDSIM_RESET_REQ_MSG, .handler = &Simulator::HandleResetReq},
       {.id = BOARDSIM_STATUS_REQ_MSG, .handler = &Simulator::HandleStatusReq},
   };
   AddRoutes(*this, this, kRoutes);
@@ -116,6 +121,44 @@ void Simulator::HandleFanReq(void* msg) {
   if (response.payload == nullptr) return;
   response->error = m_hardware->SetFan(wanted.fan, wanted.change, wanted.value);
   response.Send();
+}
+
+void Simulator::HandleResetReq(void* msg) {
+  const Msg<ResetReq, BOARDSIM_RESET_REQ_MSG> request(msg);
+  const ResetReq wanted = request.Record();
+  auto response = request.CreateReply<Msg<ChangeResp, BOARDSIM_RESET_RESP_MSG>>(0);
+  if (response.payload == nullptr) return;
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 0, "the board is reset");
+  const auto change = [this, &wanted, &response] { response->error = ChangeForReset(wanted); };
+  if (m_keeper) {
+    m_keeper->Reset(change);
+  } else {
+    change();
+  }
+  response.Send();
+}
+
+i32 Simulator::ChangeForReset(const ResetReq& wanted) const {
+  if (wanted.setsCounter != 0) ddal_sim_reset_loop_count_set(wanted.counter);
+  if (wanted.fileSystem != 0) {
+    if (const int error = RunFileSystem(wanted.fileSystem); error != DDAL_OK) return error;
+  }
+  return wanted.setsClock != 0 && AaUtcTimeSet(&wanted.clock) != 0 ? DDAL_ERR_INVALID : DDAL_OK;
+}
+
+i32 Simulator::RunFileSystem(u32 running) const {
+  if (running > 2) return DDAL_ERR_NO_DEVICE;
+  // Which one runs follows from the active one, and from whether the active image runs.
+  const bool passiveRuns = hwapi::board::OwnBoard().boot.image.value_or(0) != 0;
+  const int error = ddal_sim_linux_active_set((running == 2) != passiveRuns ? DDAL_FFS_FS2 : DDAL_FFS_FS1);
+  if (error != DDAL_OK) return error;
+  try {
+    LinkRunningFileSystem(m_state, running);
+  } catch (const SimError& failure) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, 0, "%s", failure.what());
+    return DDAL_ERR_IO;
+  }
+  return DDAL_OK;
 }
 
 void Simulator::HandleStatusReq(void* msg) {

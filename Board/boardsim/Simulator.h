@@ -30,7 +30,11 @@ class Simulator : public ps::hwapi::common::Service {
   void HandleTick(void* msg);
   void HandleTempReq(void* msg);
   void HandleFanReq(void* msg);
+  void HandleResetReq(void* msg);
   void HandleStatusReq(void* msg);
+  /// While the daemon is down. @return 0, DDAL_ERR_INVALID for a wrong clock, or why the rest could not be changed
+  i32 ChangeForReset(const ResetReq& wanted) const;
+  i32 RunFileSystem(u32 running) const;
 
   const StateDirectory m_state;
   const std::string m_daemon;

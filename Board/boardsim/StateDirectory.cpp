@@ -98,6 +98,15 @@ void StateDirectory::Prepare(bool fresh) const {
   if (error) Fail("cannot make " + DaemonRoot(), error.value());
 }
 
+void StateDirectory::Join() const {
+  if (!fs::exists(Description())) {
+    throw SimError(
+        ExitCode::Unreachable,
+        "no board is up in " + Root() + "; bring one up with `boardsim up FILE`, or name its folder with --state");
+  }
+  SetEnvironment();
+}
+
 void StateDirectory::SetEnvironment() const {
   setenv("HWAPI_RUN", Run().c_str(), 1);
   setenv("HWAPI_BOARD", Description().c_str(), 1);

@@ -44,6 +44,9 @@ class StateDirectory {
   /// Makes an empty run directory and the flash folders. The lock must be held.
   /// @param fresh erases flash, logs and the reset type of earlier runs, too
   void Prepare(bool fresh) const;
+  /// Makes this process, and its children, users of the board that is up here.
+  /// @throw SimError (unreachable) when none is
+  void Join() const;
   /// Sets HWAPI_RUN and HWAPI_BOARD for this process and its children.
   void SetEnvironment() const;
 

@@ -182,7 +182,21 @@ std::string ParseTagValue(std::string_view text) {
   return std::string(text);
 }
 
+u32 ParsePartition(std::string_view text) {
+  const std::optional<u32> number = NumberFrom(text);
+  if (!number || *number < 1 || *number > 2) Refuse(text, "is no file system: give 1 for /ffs/fs1 or 2 for /ffs/fs2");
+  return *number;
+}
+
+i32 ParseCounter(std::string_view text) {
+  const std::optional<i32> number = SignedFrom(text);
+  if (!number) Refuse(text, "is no counter of resets: give a number such as 0; 7 and more let the boot fall back");
+  return *number;
+}
+
 SAaTime ParseClock(std::string_view text, const SAaTime& now) {
+  if (text == "unset") return ToCalendar(Milliseconds{});
+  if (text == "now") return ToCalendar(std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()));
   if (text.starts_with('+') || text.starts_with('-')) {
     if (const auto shift = ShiftFrom(text.substr(1))) {
       return ToCalendar(text.front() == '+' ? FromCalendar(now) + *shift : FromCalendar(now) - *shift);
@@ -190,7 +204,9 @@ SAaTime ParseClock(std::string_view text, const SAaTime& now) {
   } else if (const std::optional<SAaTime> time = CalendarFrom(std::string(text))) {
     return *time;
   }
-  Refuse(text, "is no time: give a step such as +1h, -10min, +30s, +2d, or a UTC time such as 2030-01-01T00:00:00Z");
+  Refuse(
+      text,
+      "is no time: give a step such as +1h, -10min, +30s, +2d, a UTC time such as 2030-01-01T00:00:00Z, now, or unset");
 }
 
 }  // namespace boardsim

@@ -29,6 +29,7 @@ int Run(int argc, char** argv) {
   boardsim::AddStatusCommand(app, settings);
   boardsim::AddControlCommands(app, settings);
   boardsim::AddResetTypeCommand(app, settings);
+  boardsim::AddResetCommand(app, settings);
   boardsim::AddDetectCommand(app, settings);
   try {
     app.parse(argc, argv);

@@ -37,5 +37,7 @@ int ddal_sim_fan_get(ddal_fan_id_t fan, SDdalSimFan* state);
 int ddal_sim_rf_set(u32 index, u32 registerValue, u32 chainStatus);
 /// Sets the counter of resets in a row.
 int ddal_sim_reset_loop_count_set(i32 count);
+/// Sets which file system is the active one, DDAL_FFS_FS1 or DDAL_FFS_FS2; DDAL_ERR_INVALID for any other.
+int ddal_sim_linux_active_set(u32 fileSystem);
 
 }  // extern "C"

@@ -89,6 +89,24 @@ TEST(ClockArgument, IsACalendarTimeToo) {
   EXPECT_EQ(Text(ParseClock("2106-02-07T06:28:16Z", kNow)), "2106-2-7 6:28:16.0");
 }
 
+TEST(ClockArgument, MayBeThatOfAClockThatWasNeverSet) {
+  EXPECT_EQ(Text(ParseClock("unset", kNow)), "1970-1-1 0:0:0.0");
+}
+
+TEST(ClockArgument, MayBeTheHostsTime) { EXPECT_GE(ParseClock("now", kNow).year, 2024u); }
+
+TEST(PartitionArgument, IsOneOfTwoFileSystems) {
+  EXPECT_EQ(ParsePartition("1"), 1u);
+  EXPECT_EQ(ParsePartition("2"), 2u);
+  for (const char* text : {"", "0", "3", "fs1", "-1", "1 "}) EXPECT_THROW(ParsePartition(text), SimError) << text;
+}
+
+TEST(CounterArgument, IsAnyNumber) {
+  EXPECT_EQ(ParseCounter("7"), 7);
+  EXPECT_EQ(ParseCounter("-1"), -1);
+  for (const char* text : {"", "x", "7x", "4294967296"}) EXPECT_THROW(ParseCounter(text), SimError) << text;
+}
+
 TEST(ClockArgument, OfNonsenseIsRefused) {
   for (const char* text : {"", "1h", "+1", "+h", "tomorrow", "2030-01-01", "2030-01-01T00:00:00", "+-1h"}) {
     EXPECT_THROW(ParseClock(text, kNow), SimError) << text;

@@ -9,7 +9,7 @@
 
 namespace hwapi::ddal {
 
-inline constexpr u32 kSimMagic = 0x48575231;  // "HWR1": changes with the layout
+inline constexpr u32 kSimMagic = 0x48575232;  // "HWR2": changes with the layout
 inline constexpr u32 kSimTemperatures = 256;
 inline constexpr u32 kSimFans = 16;
 inline constexpr u32 kSimRfParts = 3;
@@ -48,11 +48,13 @@ struct SimRegisters {
   Register temperatureCount;
   Register resetLoopCountIsSet;
   SignedRegister resetLoopCount;
+  Register linuxActiveIsSet;
+  Register linuxActive;  ///< DDAL_FFS_FS1 or DDAL_FFS_FS2
   SimRfRegisters rf[kSimRfParts];
   SimFanRegisters fans[kSimFans];
   SimTemperatureRegisters temperatures[kSimTemperatures];
 };
-static_assert(std::is_standard_layout_v<SimRegisters> && sizeof(SimRegisters) == 4 * (4 + 9 + 6 * 16 + 3 * 256));
+static_assert(std::is_standard_layout_v<SimRegisters> && sizeof(SimRegisters) == 4 * (6 + 9 + 6 * 16 + 3 * 256));
 
 /// Adds the devices of @p description that are not there yet, with its values. The caller holds the file's lock.
 /// @return whether there was room for all

@@ -72,7 +72,13 @@ std::optional<i32> MemoryErrors(const char* counter) {
 
 GARDDAL_API int ddal_bp_3hu_backplane_type_get(int* type) { return Give(board::OwnBoard().backplaneType, type); }
 
-GARDDAL_API int ddal_boot_get_linux_active(u32* fileSystem) { return Give(board::OwnBoard().boot.active, fileSystem); }
+GARDDAL_API int ddal_boot_get_linux_active(u32* fileSystem) {
+  if (fileSystem == nullptr) return DDAL_ERR_INVALID;
+  const ddal::SimRegisters* registers = ddal::SimHardware::Own().Registers();
+  if (registers == nullptr || registers->linuxActiveIsSet == 0) return Give(board::OwnBoard().boot.active, fileSystem);
+  *fileSystem = registers->linuxActive;
+  return DDAL_OK;
+}
 
 GARDDAL_API int ddal_boot_get_linux_id(u32* image) { return Give(board::OwnBoard().boot.image, image); }
 

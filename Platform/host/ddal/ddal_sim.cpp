@@ -3,6 +3,7 @@
 #include "Export.h"
 #include "SimHardware.h"
 #include "TemperatureSensors.h"
+#include "ddal_board.h"
 #include "ddal_error.h"
 
 using namespace hwapi::ddal;
@@ -75,5 +76,14 @@ GARDDAL_API int ddal_sim_reset_loop_count_set(i32 count) {
   if (registers == nullptr) return DDAL_ERR_IO;
   registers->resetLoopCount = count;
   registers->resetLoopCountIsSet = 1;
+  return DDAL_OK;
+}
+
+GARDDAL_API int ddal_sim_linux_active_set(u32 fileSystem) {
+  if (fileSystem != DDAL_FFS_FS1 && fileSystem != DDAL_FFS_FS2) return DDAL_ERR_INVALID;
+  SimRegisters* registers = SimHardware::Own().Registers();
+  if (registers == nullptr) return DDAL_ERR_IO;
+  registers->linuxActive = fileSystem;
+  registers->linuxActiveIsSet = 1;
   return DDAL_OK;
 }

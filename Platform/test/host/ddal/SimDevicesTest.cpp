@@ -13,6 +13,7 @@ namespace {
 
 constexpr const char kDescription[] = R"(
 [boot]
+active = 53
 reset_loop_count = 2
 [[temperature]]
 device = 0x10000
@@ -160,6 +161,20 @@ TEST_F(SimDevicesTest, TheResetCounterIsAsDescribedUntilItIsSet) {
   ASSERT_EQ(ddal_sim_reset_loop_count_set(7), DDAL_OK);
   ASSERT_EQ(ddal_boot_get_reset_loop_count(&count), DDAL_OK);
   EXPECT_EQ(count, 7);
+}
+
+TEST_F(SimDevicesTest, TheActiveFileSystemIsAsDescribedUntilItIsSet) {
+  u32 active = 0;
+  ASSERT_EQ(ddal_boot_get_linux_active(&active), DDAL_OK);
+  EXPECT_EQ(active, DDAL_FFS_FS1);
+  ASSERT_EQ(ddal_sim_linux_active_set(DDAL_FFS_FS2), DDAL_OK);
+  ASSERT_EQ(ddal_boot_get_linux_active(&active), DDAL_OK);
+  EXPECT_EQ(active, DDAL_FFS_FS2);
+}
+
+TEST_F(SimDevicesTest, NoOtherFileSystemCanBeActive) {
+  EXPECT_EQ(ddal_sim_linux_active_set(0), DDAL_ERR_INVALID);
+  EXPECT_EQ(ddal_sim_linux_active_set(2), DDAL_ERR_INVALID);
 }
 
 }  // namespace
