@@ -1,11 +1,9 @@
 // The black box on a whole board: its files, what is collected of them, what survives a restart.
-#include "TestBoard.h"
+#include "BlackBoxBoard.h"
 
 #include <algorithm>
 #include <csignal>
 #include <cstdint>
-#include <functional>
-#include <thread>
 
 namespace boardtest {
 namespace {
@@ -14,23 +12,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kBootImageTag = "sys.hwapi.bootimage.link.created";
 
-/// The board Kela. What the black box waits for takes board time; the pace of each test leaves the other services
-/// enough of it.
-class BlackBoxTest : public BoardTest {
+class BlackBoxTest : public BlackBoxBoard {
  protected:
-  /// So that the ten seconds in which the reset service has to answer are real ones.
-  static constexpr unsigned kRealTime = 1;
-  /// An hour takes three seconds.
-  static constexpr unsigned kHoursInSeconds = 1200;
-
-  void UpAtSpeed(unsigned speed, const std::vector<std::string>& options = {}) {
-    std::string text = "[clock]\nspeed = " + std::to_string(speed) + "\n[rad]\n\"0x200B5\" = 1\n";
-    text += FileText(fs::path(BOARDS_FOLDER) / "kela.toml");
-    UpWith(Write("kela.toml", text), options);
-  }
-  /// @return the host's path of a file in the running file system
-  fs::path Running(const std::string& file) const { return fs::path(StateFolder()) / "ffs" / "fs1" / file; }
-  fs::path Lifedata(const std::string& file) const { return Running("config/lifedata") / file; }
   /// @return the stored copies of a key, oldest first
   std::vector<std::string> Copies(const std::string& key) const {
     std::vector<std::string> copies;
@@ -41,29 +24,11 @@ class BlackBoxTest : public BoardTest {
     std::sort(copies.begin(), copies.end());
     return copies;
   }
-  /// Waits until a file's text holds @p part.
-  static bool WaitForText(const fs::path& file, const std::string& part) {
-    return Eventually([&] { return FileText(file).find(part) != std::string::npos; });
-  }
-  static bool Eventually(const std::function<bool()>& isTrue) {
-    const auto end = std::chrono::steady_clock::now() + kDeadline;
-    while (!isTrue()) {
-      if (std::chrono::steady_clock::now() > end) return false;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-  }
   /// Asks the black box to keep a copy of a file. @return the answer
   Result StoreFile(const std::string& source, const std::string& key, unsigned keep) const {
     std::string payload = Number(7) + Number(keep);
     payload += Padded(source, 128) + Padded(key, 128);
     return Clmctl({"send", "--to", "blackbox", "--id", "0x1302", "--timeout", "20s", "--hex", Hex(payload)});
-  }
-  /// Asks for a cold reset by a user.
-  Result AskForReset() const {
-    const std::string payload =
-        Number(1) + Number(1) + Number(1) + Number(4) + Number(1) + Padded("by hand", 60) + Number(0);
-    return Clmctl({"send", "--to", "temperature", "--id", "0x1134", "--timeout", "20s", "--hex", Hex(payload)});
   }
   /// Ends the daemon; boardsim starts it anew.
   void RestartDaemon() {
@@ -157,16 +122,6 @@ TEST_F(BlackBoxTest, DaemonThatWaitsForTheResetServiceCanBeEnded) {
   const unsigned farewells = tag->Count("4b6 7");
   kill(DaemonPid(), SIGTERM);
   EXPECT_TRUE(tag->WaitForText("4b6 7", farewells + 1));
-}
-
-TEST_F(BlackBoxTest, RequestedResetIsRecordedAndCopiedToTheOtherFileSystem) {
-  UpAtSpeed(kRealTime);
-  const Result reset = AskForReset();
-  ASSERT_EQ(reset.status, 0) << reset.err;
-  EXPECT_NE(FileText(Lifedata("blackbox")).find("Cold reset : User (by hand) Runnig partition: /ffs/fs1"),
-            std::string::npos);
-  const fs::path standby = fs::path(StateFolder()) / "ffs/fs2/config/lifedata/blackbox";
-  EXPECT_EQ(FileText(standby), FileText(Lifedata("blackbox")));
 }
 
 TEST_F(BlackBoxTest, FileSystemsOfTheFlashAreInTheDaemonsMountTable) {
