@@ -22,6 +22,13 @@ class AdditionalResetInfo {
   AdditionalResetInfo();
   virtual ~AdditionalResetInfo() = default;
 
+  /// @name Steps of the construction
+  ///@{
+  void acquireResetLoopCounter();
+  void checkFallbackSwitch();
+  void determineRealRunningPartition();
+  ///@}
+
   /// @return e.g. " Runnig partition: /ffs/fs1 RLC: 0", with its leading blank
   std::string getAdditionalResetInfoString() const;
 
@@ -30,10 +37,6 @@ class AdditionalResetInfo {
   std::string operator+(const char* text) const;
 
  private:
-  void acquireResetLoopCounter();
-  void determineRealRunningPartition();
-  void checkFallbackSwitch();
-
   std::array<std::string, 2> partitionNames = {"/ffs/fs1", "/ffs/fs2"};
   const std::string runningPartitionSymbolicLink = "/ffs/run";
   i32 resetLoopCounterValue = CPLD_READ_ERROR;

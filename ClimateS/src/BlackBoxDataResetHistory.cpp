@@ -42,6 +42,12 @@ bool SkipToHistory(TAaFile* file) {
   return false;
 }
 
+/// Adds the newest entry; the oldest of too many go.
+void AddEntry(ResetHistory& history, const std::string& entry) {
+  history.entries.push_back(entry);
+  while (history.entries.size() > kResetHistorySize) history.entries.pop_front();
+}
+
 /// Copies a text of at most @p size - 1 characters.
 void CopyText(char* target, std::size_t size, const std::string& text) {
   const std::size_t length = std::min(text.size(), size - 1);
@@ -93,11 +99,10 @@ void BlackBoxData::addResetReasonWithTimestamp(std::string reason) try {
   const std::string requested = time + reason + info + "\n";
   resetReasonAndTimestamp.Update([&](ResetHistory& history) {
     if (history.waitingNtpTime == 1) {
-      history.entries.push_back(startUp);
+      AddEntry(history, startUp);
       history.waitingNtpTime = 0;
     }
-    history.entries.push_back(requested);
-    while (history.entries.size() > kResetHistorySize) history.entries.pop_front();
+    AddEntry(history, requested);
     return true;
   });
 } catch (const std::bad_alloc&) {
@@ -113,8 +118,7 @@ void BlackBoxData::writeResetReasonToBlackbox() try {
   const bool stored = resetReasonAndTimestamp.Update([&](ResetHistory& history) {
     if (history.waitingNtpTime != 1) return false;
     history.waitingNtpTime = 0;
-    if (known) history.entries.push_back(entry);
-    while (history.entries.size() > kResetHistorySize) history.entries.pop_front();
+    if (known) AddEntry(history, entry);
     return true;
   });
   if (stored) createBlackboxFile();
