@@ -17,13 +17,16 @@ house_checks() {
   [ "$failed" -eq 0 ] || fail "the checks named above failed"
 }
 
-# Runs the tests of the given presets, and those on the emulated board (the word "vm"), as one ctest run with one
-# summary, which is the last thing printed.
+# Runs the tests of the given presets, of the installed packages (the word "package") and on the emulated board ("vm"),
+# as one ctest run with one summary, which is the last thing printed.
 run_tests() {
   local all=build/all part
   mkdir -p $all
   for part in "$@"; do
-    if [ "$part" = vm ]; then
+    if [ "$part" = package ]; then
+      echo "add_test(Packages \"$PWD/packaging/test/installed_test.py\" \"$PWD/$PACKAGES\")"
+      echo "set_tests_properties(Packages PROPERTIES LABELS package TIMEOUT 600)"
+    elif [ "$part" = vm ]; then
       echo "add_test(EmulatedBoard \"$PWD/Board/vm/board_test.py\" \"$PWD/$VM_IMAGE\")"
       echo "set_tests_properties(EmulatedBoard PROPERTIES LABELS vm TIMEOUT 600)"
     else
@@ -44,14 +47,18 @@ build_all() {
 dev_test() {
   dev_setup base
   house_checks
-  local presets=${CLM_TEST_PRESETS:-debug asan-ubsan tsan} vm=
+  local presets=${CLM_TEST_PRESETS:-debug asan-ubsan tsan} package= vm=
   [[ " $presets " != *" clang "* ]] || dev_setup clang
   build_all $presets
+  if [ -z "${CLM_TEST_PRESETS:-}" ] && packages_possible; then
+    make_packages
+    package=package
+  fi
   if [ -z "${CLM_TEST_PRESETS:-}" ] && vm_possible; then
     vm_image
     vm=vm
   fi
-  run_tests $presets $vm
+  run_tests $presets $package $vm
 }
 
 dev_sanitize() {
