@@ -13,6 +13,10 @@ set(CLM_SANITIZE "" CACHE STRING "sanitizers, e.g. address,undefined")
 option(CLM_COVERAGE "instrument for coverage" OFF)
 # Programs that need a host library beyond the C++ runtime for the target (tests need GoogleTest in any case).
 option(CLM_BENCH "build the benchmarks" ON)
+# A folder with a board's own platform libraries, to link the daemon with (doc/porting.md); empty: the host's are built.
+set(CLM_PLATFORM "" CACHE PATH "folder of a board's platform: lib/libQIS.so, libNUB.so, libGARDDAL.so, and include")
+# A source that implements Platform/test/contract/Rig.h for that board; empty: no tests are built for it.
+set(CLM_PLATFORM_RIG "" CACHE FILEPATH "rig of the board, to run the contract's tests on it")
 
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wformat=2 -Wformat-nonliteral

@@ -164,7 +164,9 @@ class Installed(unittest.TestCase):
             page = self.do("sh", "-c", f"man {section} {program} | col -b")
             for word in words_of_help(self.machine, program):
                 self.assertIn(word, page, program)
-        self.assertIn("board.toml", self.do("man", "5", "hwapi-board"))
+        board = self.do("sh", "-c", "man 5 hwapi-board | col -b")
+        for text in ("hwapi-board - board description", "[[temperature]]", "reset_loop_count", "max_rpm = 6000"):
+            self.assertIn(text, board)
 
     def test_development_package_is_enough_for_a_client(self):
         self.machine.put("/tmp/client.cpp", b'#include "AaSysCom.h"\n#include <cstdio>\n'

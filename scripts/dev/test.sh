@@ -1,4 +1,4 @@
-# Tests: of the house rules, of every preset; coverage; benchmarks.
+# Tests: of the house rules, of every preset; coverage; benchmarks; the formatting of sources, the generated page.
 
 # What the sanitizers do when they find something: end the test at once.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1}
@@ -93,4 +93,9 @@ dev_bench() {
 dev_format() {
   dev_setup base
   sources | xargs -0 clang-format -i
+}
+
+dev_docs() {
+  dev_setup base
+  scripts/layouts.py
 }

@@ -99,9 +99,87 @@ class Paths(Tree):
         self.write("Platform/host/README.md", "`Platform/{host,fake}`\n")
         self.assert_found("paths", "README.md:1: names Platform/fake")
 
+    def test_pages_are_read_as_well(self):
+        self.write("doc/page.md", "`scripts/gone`\n")
+        self.assert_found("paths", "doc/page.md:1: names scripts/gone", "1 to correct")
+
     def test_what_is_no_path_of_the_tree_is_left_alone(self):
         self.write("README.md", "`/ffs/run`, `BOARD/CPU/TASK`, `clmctl temp watch`, `build/debug`, `--state DIR`, `com/`\n")
         self.assert_good("paths")
+
+
+class Layouts(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("Platform/include/GloTypes.h", "#include <cstdint>\nusing u8 = std::uint8_t;\nusing u32 = std::uint32_t;\n")
+        self.write_ids("API_FAN_MSG")
+        self.write_record("  u8 fan;\n  u32 speed;  ///< per cent\n")
+
+    def write_ids(self, *names):
+        self.write("HwapiCommon/include/messages/MessageIds.h", '#include "GloTypes.h"\n' + "".join(
+            f"inline constexpr u32 {name} = {index + 0x2C15};\n" for index, name in enumerate(names)))
+
+    def write_record(self, members):
+        self.write("HwapiCommon/include/messages/Fan.h", f'#include "GloTypes.h"\n/// API_FAN_MSG.\nstruct SFan {{\n{members}}};\n')
+
+    def generate(self):
+        subprocess.run([sys.executable, str(SCRIPTS / "layouts.py"), str(self.root)], check=True, capture_output=True)
+        return (self.root / "doc/messages.md").read_text()
+
+    def test_the_page_has_the_numbers_of_the_compiler(self):
+        (self.root / "doc").mkdir()
+        page = self.generate()
+        self.assertIn("| 0x2C15 | `API_FAN_MSG` | from the service | [`SFan`](#sfan) | 8 |", page)
+        self.assertIn("| 0 | 1 | `u8` | `fan` |  |\n| 1 | 3 | | | padding |\n| 4 | 4 | `u32` | `speed` | per cent |", page)
+        self.assert_good("layouts")
+
+    def test_a_page_that_is_older_than_its_record_is_found(self):
+        (self.root / "doc").mkdir()
+        self.generate()
+        self.write_record("  u32 fan;\n")
+        self.assert_found("layouts", "doc/messages.md:18: is stale", "1 to correct")
+
+    def test_a_page_that_is_missing_is_found(self):
+        self.assert_found("layouts", "doc/messages.md:1: is stale")
+
+    def test_a_message_without_a_record_is_found(self):
+        self.write_ids("API_FAN_MSG", "API_OTHER_MSG")
+        (self.root / "doc").mkdir()
+        self.generate()
+        self.assert_found("layouts", "no record's comment begins with API_OTHER_MSG", "1 to correct")
+
+    def test_a_member_that_cannot_be_read_is_found(self):
+        self.write_record("  u32 a, b;\n")
+        self.assert_found("layouts", "Fan.h:4: \"u32 a, b;\" is no member")
+
+
+class Pages(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("doc/README.md", "[concurrency.md](concurrency.md)\n")
+        self.write("doc/concurrency.md", "## What is shared\n| `ring`, `lines` | published |\n## Threads\n`Writer`\n")
+        self.write("ClimateS/src/Ring.h", "  Published<std::deque<int>> ring;\n  std::atomic<u32> lines = 0;\n")
+        self.write("ClimateS/src/Writer.cpp", 'constexpr const char* kThreadName = "Writer";\n')
+
+    def test_pages_that_name_what_there_is_are_good(self):
+        self.assert_good("pages")
+
+    def test_a_page_that_is_not_listed_is_found(self):
+        self.write("doc/other.md", "")
+        self.assert_found("pages", "doc/README.md:1: does not list other.md", "1 to correct")
+
+    def test_a_test_that_does_not_exist_is_found(self):
+        self.write("RingTest.cpp", "TEST_F(RingTest, IsWhole) {}\n")
+        self.write("doc/README.md", "[concurrency.md](concurrency.md)\n`RingTest.IsWhole`\n`RingTest.IsGone`\n")
+        self.assert_found("pages", "doc/README.md:3: names the test RingTest.IsGone", "1 to correct")
+
+    def test_shared_variables_and_threads_without_a_row_are_found(self):
+        self.write("ClimateS/src/More.cpp", 'std::atomic<TAaSem*> lock;\nconstexpr const char* kThreadName = "Other";\n')
+        self.assert_found("pages", "does not name lock, which ClimateS/src/More.cpp", "does not name Other", "2 to correct")
+
+    def test_a_row_of_a_variable_that_is_gone_is_found(self):
+        self.write("ClimateS/src/Ring.h", "  Published<std::deque<int>> ring;\n")
+        self.assert_found("pages", "doc/concurrency.md:2: names lines", "1 to correct")
 
 
 class Sizes(Tree):
