@@ -1,17 +1,23 @@
 #!/usr/bin/env python3
-"""Tests on the emulated board: what a chip is made to feel outside is what the service reports inside.
+"""Tests on the emulated board: what a chip is made to feel outside is what the service reports inside, and what the
+black box keeps through resets and power cuts (reset_tests.py).
 
 usage: board_test.py IMAGE [unittest's arguments]
 """
 
 import json
 import sys
+import tempfile
 import time
 import unittest
+from pathlib import Path
 
 import fan_messages
+import flash
+import reset_tests
 import service
 from machine import Machine
+from reset_tests import ResetCycle  # noqa: F401  one of the tests here
 
 # Sensors of the group "Kel", the chips they are bound to by Board/boards/arm-board.toml, and those chips' channels.
 MCU, ENV, INTAKE = ("KEL_MCU", "mcu", None), ("KEL_ENV", "env", None), ("KEL_INTAKE", "intake", None)
@@ -25,8 +31,18 @@ MANUAL, KEEPS_SPEED, AUTOMATIC = 1, 2, 3  # modes of the fan chip's driver
 
 DRIVER_SECONDS = 30  # seconds; the driver of the tmp423 keeps a value for a while
 
-machine = None
+machine = None  # that the tests of this file share
 table = []  # rows of what was set and read
+
+
+def setUpModule():
+    global machine
+    start = time.monotonic()
+    folder = unittest.enterModuleContext(tempfile.TemporaryDirectory(prefix="flash-"))
+    storage = flash.make(Path(folder) / "flash")
+    machine = unittest.enterModuleContext(Machine(reset_tests.image, storage))
+    service.wait_until_up(machine)
+    print(f"board and service started in {time.monotonic() - start:.1f} s", flush=True)
 
 
 def readings(group="Kel"):
@@ -207,15 +223,11 @@ def print_table():
 
 
 def main():
-    global machine
     if len(sys.argv) < 2:
         sys.exit(__doc__)
-    start = time.monotonic()
-    with Machine(sys.argv[1]) as machine:
-        service.wait_until_up(machine)
-        print(f"board and service started in {time.monotonic() - start:.1f} s", flush=True)
-        program = unittest.main(argv=[sys.argv[0], *sys.argv[2:]], exit=False, verbosity=2)
-        print_table()
+    reset_tests.image = Path(sys.argv[1])
+    program = unittest.main(argv=[sys.argv[0], *sys.argv[2:]], exit=False, verbosity=2)
+    print_table()
     sys.exit(not program.result.wasSuccessful())
 
 

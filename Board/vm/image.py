@@ -15,14 +15,14 @@ import sys
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
-# Kernel modules the board needs; what these need comes by itself.
-MODULES = ["i2c-aspeed", "i2c-dev", "lm75", "max31785", "tmp421"]
-PROGRAMS = ["CLM", "clmctl"]
+# Kernel modules the board needs, the flash first, as it takes a while to show up; what these need comes by itself.
+MODULES = ["sdhci-of-aspeed", "i2c-aspeed", "i2c-dev", "lm75", "max31785", "tmp421", "crc32c_generic", "ext4"]
+PROGRAMS = ["CLM", "clmctl", "boardsim"]
 CROSS_LIBRARIES = Path("/usr/arm-linux-gnueabihf/lib")
 
 
-def one(folder, pattern):
-    found = sorted(folder.glob(pattern))
+def one(folder, pattern, kind=Path.is_file):
+    found = sorted(filter(kind, folder.glob(pattern)))
     if not found:
         sys.exit(f"image.py: no {pattern} in {folder}; \"./dev vm\" fetches and builds what is needed")
     return found[-1]
@@ -91,8 +91,9 @@ def main(unpacked, build, image):
     add(root, one(unpacked, "bin/busybox"), "bin/busybox")
     add(root, HERE / "init", "init")
     add(root, HERE / "chips", "etc/chips")
+    add(root, HERE / "fstab", "etc/fstab")
     add(root, HERE.parent / "boards/arm-board.toml", "etc/hwapi/board.toml")
-    add_modules(root, one(unpacked, "lib/modules/*"))
+    add_modules(root, one(unpacked, "lib/modules/*", Path.is_dir))
     add_programs(root, build)
     pack(root, image / "initramfs.gz")
 

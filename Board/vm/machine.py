@@ -13,23 +13,32 @@ from pathlib import Path
 CHIPS = [("mcu", "tmp105", 0x48), ("env", "tmp105", 0x49), ("intake", "tmp105", 0x4A), ("remote", "tmp423", 0x4C),
          ("fans", "max31785", 0x52)]
 
+EMMC = 2  # the emulator's number of the slot; the two before it are for cards
+
 PROMPT = "board# "  # PS1 of the board's shell, see init
 BOOT_SECONDS = 120
 COMMAND_SECONDS = 60
+
+# The emulated serial line sometimes stops in the middle of what the board writes, until the board gets a character.
+# This one, XON, is taken off by the board's terminal driver: no program there sees it.
+NUDGE = "\x11"
+NUDGE_SECONDS = 2
 
 
 class BoardError(RuntimeError):
     """The emulated board did not do what was asked in time, or ended."""
 
 
-def arguments(image, control, kernel_words=""):
-    """The emulator's command line. `image` is the folder that image.py filled, `control` where its serial line and its
-    control socket go."""
+def arguments(image, flash, control, kernel_words=""):
+    """The emulator's command line. `image` is the folder that image.py filled, `flash` the file that flash.py made,
+    `control` where its serial line and its control socket go."""
     chips = [f"{model},bus=aspeed.i2c.bus.3,address={address:#x},id={name}" for name, model, address in CHIPS]
     return [
         "qemu-system-arm", "-M", "ast2600-evb", "-nodefaults", "-nographic", "-no-reboot", "-monitor", "none",
         "-kernel", str(image / "vmlinuz"), "-dtb", str(image / "board.dtb"), "-initrd", str(image / "initramfs.gz"),
         "-append", "console=ttyS4,115200n8 rdinit=/init quiet panic=-1 " + kernel_words,
+        # What the board writes is in the file at once; what its kernel has not yet written goes with the emulator.
+        "-drive", f"if=sd,index={EMMC},format=raw,file=" + str(flash).replace(",", ",,"),
         *control,
         *(word for chip in chips for word in ("-device", chip)),
     ]
@@ -51,8 +60,11 @@ class Console:
         deadline = time.monotonic() + seconds
         while text not in self._seen:
             left = deadline - time.monotonic()
-            if left <= 0 or not select.select([self._process.stdout], [], [], left)[0]:
+            if left <= 0:
                 raise BoardError(f"no {text!r} on the console within {seconds} s; it said:\n{self._seen}")
+            if not select.select([self._process.stdout], [], [], min(left, NUDGE_SECONDS))[0]:
+                self.write(NUDGE)
+                continue
             data = os.read(self._process.stdout.fileno(), 65536)
             if not data:
                 raise BoardError(f"the emulator ended; the console said:\n{self._seen}")
@@ -91,14 +103,17 @@ class Qmp:
 
 
 class Machine:
-    """A running board. To be used in a with statement: at its end the emulator is gone, whatever happened."""
+    """A running board. To be used in a with statement: at its end the emulator is killed, whatever happened, which the
+    board's flash finds as a power cut.
 
-    def __init__(self, image):
+    `kernel_words` are of those that /init knows, "reset_type=5" for instance."""
+
+    def __init__(self, image, flash, kernel_words=""):
         self._folder = tempfile.TemporaryDirectory(prefix="board-")
         path = Path(self._folder.name) / "qmp"
         control = ["-serial", "stdio", "-qmp", f"unix:{path},server=on,wait=off"]
-        self._process = subprocess.Popen(arguments(Path(image), control), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                         stderr=subprocess.STDOUT)
+        self._process = subprocess.Popen(arguments(Path(image), flash, control, kernel_words),
+                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         self._qmp = None
         try:
             self._console = Console(self._process)
@@ -127,6 +142,19 @@ class Machine:
         output = self._console.expect(PROMPT, seconds)
         text, _, status = output.rpartition("=")
         return int(status), text
+
+    def output_of(self, command, seconds=COMMAND_SECONDS):
+        """As run, of a command that has to end well: returns what it printed."""
+        status, output = self.run(command, seconds)
+        if status != 0:
+            raise BoardError(f"{command} ended with {status}: {output}")
+        return output
+
+    def run_until(self, command, text, seconds=COMMAND_SECONDS):
+        """Starts a shell command on the board and returns what it printed up to `text`, as soon as it has printed that.
+        The command still runs then: the board can only be ended."""
+        self._console.write(command + "\n")
+        return self._console.expect(text, seconds) + text
 
     def feel(self, chip, thousandths, channel=None):
         """Lets a chip feel a temperature, in thousandths of a degree; returns what it then holds."""

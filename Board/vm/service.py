@@ -4,7 +4,9 @@ import json
 import time
 
 SECONDS = 60
+# Tags by which the tasks of the service tell that they are up.
 ONLINE_TAG = "app.hwapi.online.4b6"
+BLACK_BOX_TAG = "app.hwapi.online.4d9"
 ONLINE = 6
 LOG = "/var/log/clm.log"
 
@@ -13,11 +15,11 @@ class ServiceError(RuntimeError):
     """The service did not come up, or its process did not end."""
 
 
-def wait_until_up(machine):
-    """Returns once the temperature service has told that it is up."""
+def wait_until_up(machine, tag=ONLINE_TAG):
+    """Returns once a task, the temperature service if none is named, has told that it is up."""
     deadline = time.monotonic() + SECONDS
     while True:
-        status, output = machine.run(f"clmctl tag get {ONLINE_TAG} --json 2>&1")
+        status, output = machine.run(f"clmctl tag get {tag} --json 2>&1")
         if status == 0 and json.loads(output)["number"] == ONLINE:
             return
         if time.monotonic() > deadline:

@@ -4,18 +4,23 @@
 ^A c changes to the emulator's monitor and back; there "qom-set /machine/peripheral/mcu temperature 42500" lets a chip
 feel 42.5 degrees.
 
-usage: shell.py IMAGE
+usage: shell.py IMAGE FLASH
+  FLASH  file that keeps the board's flash; made when it is not there
 """
 
 import os
 import sys
 from pathlib import Path
 
+import flash
 from machine import arguments
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
+    image, storage = map(Path, sys.argv[1:])
+    if not storage.exists():
+        flash.make(storage)
     # ^C goes to the board. The kernel hands the word "people" to its first process.
-    command = arguments(Path(sys.argv[1]), ["-serial", "mon:stdio"], "people=yes")
+    command = arguments(image, storage, ["-serial", "mon:stdio"], "people=yes")
     os.execvp(command[0], command)

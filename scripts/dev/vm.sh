@@ -1,6 +1,7 @@
 # The emulated 32-bit ARM board: packages, programs, image, then tests or a console.
 
 VM_IMAGE=build/vm/image
+VM_FLASH=build/vm/flash  # of the board that --shell starts, from one time to the next; a test has its own
 
 vm_packages() {
   mkdir -p build/vm
@@ -11,7 +12,7 @@ vm_packages() {
 }
 
 vm_image() {
-  build armhf CLM clmctl
+  build armhf CLM clmctl boardsim
   begin "image of the emulated board"
   Board/vm/image.py build/vm/unpacked build/armhf $VM_IMAGE
   end
@@ -39,7 +40,7 @@ dev_vm() {
   dev_setup base arm vm
   vm_packages || exit 1
   vm_image
-  [ -z "$shell" ] || exec Board/vm/shell.py $VM_IMAGE
+  [ -z "$shell" ] || exec Board/vm/shell.py $VM_IMAGE $VM_FLASH
   begin "tests on the emulated board"
   Board/vm/board_test.py $VM_IMAGE </dev/null
   end
