@@ -104,11 +104,33 @@ TEST_F(BlackBoxTest, ResetServiceThatAnswersLateIsWaitedFor) {
 
 TEST_F(BlackBoxTest, ResetServiceThatFailsOrIsSilentDoesNotKeepTheDaemonDown) {
   UpAtSpeed(kHoursInSeconds);
-  for (const char* answer : {"fail=2", "silent"}) {
-    ASSERT_EQ(Boardsim({"reset-type", answer}).status, 0);
-    RestartDaemon();
-  }
+  const std::string log = StateFolder() + "/clm.log";
+  ASSERT_EQ(Boardsim({"reset-type", "fail=2"}).status, 0);
+  RestartDaemon();
+  EXPECT_TRUE(WaitForText(log, "Error 2 returned by HWAPI_RESET_SERVICE"));
+  ASSERT_EQ(Boardsim({"reset-type", "silent"}).status, 0);
+  RestartDaemon();
+  EXPECT_TRUE(WaitForText(log, "No response to API_OM_GET_RP_RAM_REQ_MSG"));
+}
+
+TEST_F(BlackBoxTest, AnswerThatComesTooLateIsNoLongerWaitedFor) {
+  UpAtSpeed(4);  // ten board seconds are two and a half
+  ASSERT_EQ(Boardsim({"reset-type", "2"}).status, 0);
+  ASSERT_EQ(Boardsim({"reset-type", "late=13"}).status, 0);
+  RestartDaemon();
   EXPECT_TRUE(WaitForText(StateFolder() + "/clm.log", "last reset type is unknown (-1)"));
+  EXPECT_EQ(FileText(Lifedata("blackbox")).find("Watchdog reset"), std::string::npos);
+}
+
+TEST_F(BlackBoxTest, StartGoesOnOnceTheResetServiceIsThere) {
+  UpAtSpeed(kClockSpeed);
+  ASSERT_EQ(Boardsim({"tag", "app.hwapi.online.4a7", "7"}).status, 0);
+  auto tag = StartClmctl({"tag", "watch", "app.hwapi.online.4d9"});
+  ASSERT_TRUE(tag->WaitForText("4d9 6"));
+  kill(DaemonPid(), SIGTERM);
+  ASSERT_TRUE(tag->WaitForText("4d9 7"));
+  ASSERT_EQ(Boardsim({"tag", "app.hwapi.online.4a7", "6"}).status, 0);
+  EXPECT_TRUE(tag->WaitForText("4d9 6", 2));
 }
 
 TEST_F(BlackBoxTest, DaemonThatWaitsForTheResetServiceCanBeEnded) {

@@ -149,12 +149,11 @@ TEST_F(UnsetClockTest, ReasonThatAnAnnouncedResetStoredIsNotStoredAgain) {
   EXPECT_EQ(History().size(), 3u);
 }
 
-TEST_F(UnsetClockTest, ResetThatIsAnnouncedAsTheClockIsSetLosesAndDoublesNothing) {
+TEST_F(UnsetClockTest, EachResetHasItsReasonAndItsAnnouncementOnce) {
   UpWithClock();
   ASSERT_TRUE(WaitForEntries(1));
   for (std::size_t entries = 1; entries + 2 <= 9; entries += 2) {
     Reset({"2", "--clock", "unset"});
-    // Its thread looks at the clock at any moment between the two.
     auto announced = StartClmctl({"reset", "WarmReset", "--category", "User", "--timeout", "20s"});
     ASSERT_EQ(Boardsim({"clock", "now"}).status, 0);
     ASSERT_EQ(announced->Wait().status, 0);

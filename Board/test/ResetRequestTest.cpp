@@ -35,6 +35,45 @@ TEST_F(ResetRequestTest, LastResetIsToldToThoseWhoAsk) {
   EXPECT_NE(info.out.find("\"new address\""), std::string::npos) << info.out;
 }
 
+TEST_F(ResetRequestTest, TypesAndCategoriesAreListed) {
+  UpWithClock();
+  const Result list = Clmctl({"reset", "--list"});
+  ASSERT_EQ(list.status, 0);
+  EXPECT_NE(list.out.find("type ColdReset 4\n"), std::string::npos) << list.out;
+  EXPECT_NE(list.out.find("category CommissioningChange 5\n"), std::string::npos) << list.out;
+  EXPECT_EQ(JsonLines(Clmctl({"reset", "--list", "--json"}).out).size(),
+            static_cast<std::size_t>(std::count(list.out.begin(), list.out.end(), '\n')));
+}
+
+TEST_F(ResetRequestTest, AnswerIsAnObjectWithConstantKeys) {
+  UpWithClock();
+  const auto answer = JsonLines(Announce("ColdReset", "User", {"--cpu", "0xd4", "--json"}).out);
+  ASSERT_EQ(answer.size(), 1u);
+  const nlohmann::json expected = {{"type", "ColdReset"},  {"type_number", 4}, {"category", "User"},
+                                   {"category_number", 1}, {"board", 1},       {"cpu", 0xD4},
+                                   {"success_code", 0}};
+  EXPECT_EQ(answer[0], expected);
+}
+
+TEST_F(ResetRequestTest, FileIsStoredUnderTheNameThatIsAsked) {
+  UpWithClock();
+  const std::vector<std::string> command = {"blackbox", "store-file", "/ffs/run/logs/alarms",
+                                            "--as",     "night",      "--keep"};
+  for (const char* keep : {"2", "0"}) {
+    std::vector<std::string> whole = command;
+    whole.push_back(keep);
+    ASSERT_EQ(Clmctl(whole).status, 0);
+    ASSERT_EQ(Boardsim({"clock", "+1min"}).status, 0);
+  }
+  unsigned copies = 0;
+  for (const auto& entry : fs::directory_iterator(Lifedata(""))) {
+    if (!entry.path().string().ends_with("_night")) continue;
+    ++copies;
+    EXPECT_EQ(FileText(entry.path()), FileText(Running("logs/alarms")));
+  }
+  EXPECT_EQ(copies, 1u);
+}
+
 TEST_F(ResetRequestTest, ResetOfAnotherBoardIsAnsweredAndNotRecorded) {
   UpWithClock();
   ASSERT_TRUE(WaitForEntries(1));

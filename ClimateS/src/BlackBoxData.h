@@ -82,6 +82,9 @@ class BlackBoxData {
   u32 createConfigFile();
   /// Writes the board file. @return 1, or 0 when it cannot be created
   u32 createBlackboxFile();
+  /// Waits until no other thread is writing the board file, and writes it again if one was: what began before the
+  /// newest reset would take the place of the file that tells of it. Before the board may go down.
+  void settleBoardFile();
   /// @return 1 when the board file can be opened, else 0
   u32 blackBoxFileExists() const;
   /// Step: finds the software builds of both file systems; empty texts when unknown.
@@ -180,6 +183,7 @@ class BlackBoxData {
   std::atomic<u32> firstSnapshotDone = 0;
   std::atomic<TAaSem*> ringBufferSyncSemaphore = nullptr;
   Published<ResetHistory> resetReasonAndTimestamp;
+  std::atomic<u32> boardFileWriters = 0;
   std::string resetReasonReadInStartup;  ///< written before the thread that reads it is started
 };
 

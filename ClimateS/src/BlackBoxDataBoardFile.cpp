@@ -8,6 +8,7 @@
 
 #include <dirent.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -128,6 +129,21 @@ std::string ProductLines() {
   return text + FilterHwswidLine();
 }
 
+/// Counts a writer of the board file for as long as it writes.
+class Writing {
+ public:
+  explicit Writing(std::atomic<u32>& writers) : m_writers(writers) { ++m_writers; }
+  Writing(const Writing&) = delete;
+  Writing& operator=(const Writing&) = delete;
+  ~Writing() {
+    --m_writers;
+    m_writers.notify_all();
+  }
+
+ private:
+  std::atomic<u32>& m_writers;
+};
+
 /// @return the build that a directory's descriptor names; empty when there is none
 std::string BuildIn(const char* directory) {
   constexpr const char* kMark = "TargetBD";
@@ -184,6 +200,7 @@ std::string BlackBoxData::BoardFileText(const std::deque<std::string>& resets) {
 }
 
 u32 BlackBoxData::createBlackboxFile() try {
+  const Writing writing(boardFileWriters);
   const std::string path = PathIn(blackboxFileLocation);
   std::deque<std::string> resets;
   do {
@@ -203,6 +220,13 @@ u32 BlackBoxData::createBlackboxFile() try {
 } catch (const std::bad_alloc&) {
   LogOutOfMemory("createBlackboxFile");
   return 0;
+}
+
+void BlackBoxData::settleBoardFile() {
+  u32 writers = boardFileWriters;
+  if (writers == 0) return;
+  for (; writers != 0; writers = boardFileWriters) boardFileWriters.wait(writers);
+  createBlackboxFile();
 }
 
 u32 BlackBoxData::blackBoxFileExists() const try {

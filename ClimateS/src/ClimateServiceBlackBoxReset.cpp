@@ -7,6 +7,7 @@
 #include "Log.h"
 #include "Msg.h"
 #include "MsgGuard.h"
+#include "ResetEntry.h"
 #include "ResetTexts.h"
 #include "TextField.h"
 #include "messages/MessageIds.h"
@@ -104,12 +105,13 @@ void ClimateServiceBlackBoxData::StoreReset(const SApi2ResetReq& req) {
   const u32 category = req.reset_reason.category;
   const char* const categoryText = CategoryTextOf(category);
   if (category == EResetCategory_SelfDiagnostic) CreateDiagnosticModeOneshotSwconfig();
-  reason = reason + " : " + categoryText;
+  reason = reason + ResetEntry::kCategoryMark + categoryText;
   const std::string extended = TextOf(req.reset_reason.extended_info);
   if (!extended.empty()) reason += " (" + extended + ")";
   BlackBoxData* const blackBox = BlackBoxData::getInstance();
   blackBox->addResetReasonWithTimestamp(reason);
   blackBox->createDataFiles();
+  blackBox->settleBoardFile();
   blackBox->CopyFileToNonRunningFS();
 }
 

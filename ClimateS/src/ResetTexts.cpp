@@ -31,7 +31,7 @@ constexpr ResetTypeRow kResetTypes[] = {
      .text = "System module self diagnostic reset"},
 };
 
-/// A category; the texts of some are not what the reset history is later asked for, as that reads one word.
+/// A category. The history is later read word by word: a text of two words is not recognised again.
 struct CategoryRow {
   EResetCategory category;
   const char* text;

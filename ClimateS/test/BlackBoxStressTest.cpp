@@ -242,6 +242,16 @@ class ClockAndResetTest : public BlackBoxStressTest {
     EXPECT_EQ(fake::RunThread(kNtpThread, 0, moment + 1), fake::ThreadEnd::Returned);
   }
 
+  /// The reset is answered, so the board may go down: its entry must be where the next start looks, whatever other
+  /// threads are just writing.
+  static void ExpectOnBothFileSystems(unsigned moment) {
+    for (const std::string& file :
+         {BoardFile(), fake::FileContent(kStandbyDirectory + "blackbox").value_or("(no file)")}) {
+      const std::vector<std::string> history = HistoryIn(file);
+      EXPECT_EQ(NumberIn(history.empty() ? "" : history.back()), static_cast<int>(moment)) << file;
+    }
+  }
+
   /// @return the history after the moment number @p moment
   static std::vector<std::string> HistoryAfter(unsigned moment) {
     SetYear(2000);
@@ -255,6 +265,7 @@ class ClockAndResetTest : public BlackBoxStressTest {
     SetYear(2024);
     clockIsSet.count_down();
     Refusal(ResetRequest(static_cast<int>(moment)));
+    ExpectOnBothFileSystems(moment);
     clock.join();
     Forget();
     return HistoryIn(BoardFile());
