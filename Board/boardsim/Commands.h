@@ -30,8 +30,12 @@ void AddControlCommands(CLI::App& app, Settings& settings);
 void AddResetTypeCommand(CLI::App& app, Settings& settings);
 void AddResetCommand(CLI::App& app, Settings& settings);
 void AddDetectCommand(CLI::App& app, Settings& settings);
+/// plug, unplug, autodet
+void AddUnitCommands(CLI::App& app, Settings& settings);
 
 /// Prints the endpoints and whether they are online.
 void PrintEndpoints();
+/// Prints the slots for processing units and what is in them; nothing on a board without slots.
+void PrintSlots();
 
 }  // namespace boardsim

@@ -70,6 +70,11 @@ std::vector<Record> Records(const PayloadView& payload, std::size_t& offset, u32
   return records;
 }
 
+PlugResp RequestSlotChange(u32 requestId, const void* request, u32 size, u16 responseId) {
+  const Message response = Exchange(requestId, request, size, responseId);
+  return PayloadView(response.get()).Get<PlugResp>(0);
+}
+
 }  // namespace
 
 i32 RequestTemp(const TempReq& request) {
@@ -92,6 +97,23 @@ SimulatorStatus RequestStatus() {
   status.sensors = Records<SensorStatus>(payload, offset, status.header.sensorCount);
   status.fans = Records<FanStatus>(payload, offset, status.header.fanCount);
   return status;
+}
+
+PlugResp RequestPlug(const PlugReq& request) {
+  return RequestSlotChange(BOARDSIM_PLUG_REQ_MSG, &request, sizeof request, BOARDSIM_PLUG_RESP_MSG);
+}
+
+PlugResp RequestUnplug(const UnplugReq& request) {
+  return RequestSlotChange(BOARDSIM_UNPLUG_REQ_MSG, &request, sizeof request, BOARDSIM_UNPLUG_RESP_MSG);
+}
+
+i32 RequestAutodet(const AutodetControlReq& request) {
+  return RequestChange(BOARDSIM_AUTODET_REQ_MSG, request, BOARDSIM_AUTODET_RESP_MSG);
+}
+
+SlotsResp RequestSlots() {
+  const Message response = Exchange(BOARDSIM_SLOTS_REQ_MSG, nullptr, 0, BOARDSIM_SLOTS_RESP_MSG);
+  return PayloadView(response.get()).Get<SlotsResp>(0);
 }
 
 }  // namespace boardsim

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ControlMessages.h"
+#include "UnitMessages.h"
 
 #include <vector>
 
@@ -24,5 +25,13 @@ i32 RequestFan(const FanReq& request);
 i32 RequestReset(const ResetReq& request);
 /// @throw as RequestTemp
 SimulatorStatus RequestStatus();
+/// @return what the simulator answered; @throw as RequestTemp
+PlugResp RequestPlug(const PlugReq& request);
+/// @return, @throw as RequestPlug
+PlugResp RequestUnplug(const UnplugReq& request);
+/// @return, @throw as RequestTemp
+i32 RequestAutodet(const AutodetControlReq& request);
+/// @throw as RequestTemp
+SlotsResp RequestSlots();
 
 }  // namespace boardsim

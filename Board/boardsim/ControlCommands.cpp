@@ -5,6 +5,7 @@
 #include "Commands.h"
 #include "ControlClient.h"
 #include "FanNames.h"
+#include "ProcessingUnits.h"
 #include "SimError.h"
 #include "Values.h"
 #include "ddal_error.h"
@@ -23,15 +24,27 @@ struct ControlArguments {
   std::string value;
 };
 
+/// @return the simulated sensors of the board itself
 std::string SimulatedDevices() {
   std::string text;
   for (const hwapi::board::Temperature& sensor : hwapi::board::OwnBoard().temperatures) {
     if (!std::holds_alternative<hwapi::board::SimTemperature>(sensor.source)) continue;
+    if (SlotOfSensor(hwapi::board::OwnBoard(), sensor.device) != nullptr) continue;
     char device[16];
     std::snprintf(device, sizeof device, " 0x%x", sensor.device);
     text += device;
   }
   return text.empty() ? " none" : text;
+}
+
+/// @return why a sensor cannot be changed
+std::string NoSensorText(const std::string& device, u32 id) {
+  if (const UnitSlot* slot = SlotOfSensor(hwapi::board::OwnBoard(), id)) {
+    const std::string name(slot->name);
+    return "slot " + name + " has no unit with a simulated sensor " + device + "; plug one, such as `boardsim plug " +
+           name + " m`; `boardsim status` shows what is there";
+  }
+  return device + " is no simulated sensor of this board; there are" + SimulatedDevices();
 }
 
 /// @throw SimError (refused) for an error code of the driver
@@ -45,10 +58,7 @@ void RunTemp(const ControlArguments& arguments, const Settings& settings) {
   const TempReq request = ParseTemp(arguments.target, arguments.value);
   settings.State().Join();
   const i32 error = RequestTemp(request);
-  if (error == DDAL_ERR_NO_DEVICE) {
-    throw SimError(ExitCode::Refused,
-                   arguments.target + " is no simulated sensor of this board; there are" + SimulatedDevices());
-  }
+  if (error == DDAL_ERR_NO_DEVICE) throw SimError(ExitCode::Refused, NoSensorText(arguments.target, request.device));
   ExpectDone(error);
 }
 

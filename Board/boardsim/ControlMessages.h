@@ -28,6 +28,7 @@ enum class SensorMode : u32 {
   Auto = 0,     ///< what the physics give
   Pinned = 1,   ///< a fixed value
   Failing = 2,  ///< every read fails
+  Absent = 3,   ///< it is not there, as its processing unit is not; told, never asked for
 };
 
 /// BOARDSIM_TEMP_REQ_MSG.

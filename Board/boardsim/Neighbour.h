@@ -31,17 +31,21 @@ class Neighbour {
   Neighbour& operator=(const Neighbour&) = delete;
   virtual ~Neighbour() = default;
 
-  /// Registers the task, adds the routes to @p service and announces the endpoint.
+  /// Registers the task, adds the routes to @p service and announces the endpoint. Harmless when it is online already.
   /// @throw Service::InitFailedException when another process serves the task
   void GoOnline(ps::hwapi::common::Service& service);
-  /// Announces that the endpoint has gone and gives the task back.
+  /// Announces that the endpoint has gone and gives the task back. Harmless when it is offline already.
   void GoOffline();
+  bool Online() const { return m_online; }
 
  protected:
   virtual void AddRoutesTo(ps::hwapi::common::Service& service) = 0;
+  /// Forgets what ends with the service.
+  virtual void Leave() {}
 
  private:
   const u32 m_task;
+  bool m_online = false;
 };
 
 }  // namespace boardsim

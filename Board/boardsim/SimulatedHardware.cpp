@@ -3,6 +3,7 @@
 #include "ddal_error.h"
 #include "ddal_sim.h"
 
+#include <algorithm>
 #include <optional>
 #include <variant>
 
@@ -54,15 +55,35 @@ double SimulatedHardware::FanLevel() const {
   return sum / static_cast<double>(m_fans.size());
 }
 
+SimulatedHardware::Sensor* SimulatedHardware::FindSensor(u32 device) {
+  const auto found = std::find_if(m_sensors.begin(), m_sensors.end(),
+                                  [device](const Sensor& sensor) { return sensor.device == device; });
+  return found != m_sensors.end() ? &*found : nullptr;
+}
+
 int SimulatedHardware::SetSensor(u32 device, SensorMode mode, i32 value) {
-  for (Sensor& sensor : m_sensors) {
-    if (sensor.device != device) continue;
-    sensor.mode = mode;
-    const int failure = mode == SensorMode::Failing ? value : 0;
-    if (mode != SensorMode::Failing) ddal_sim_temp_set(device, mode == SensorMode::Pinned ? value : sensor.shown);
-    return ddal_sim_temp_fail(device, failure);
-  }
-  return DDAL_ERR_NO_DEVICE;
+  if (mode == SensorMode::Absent) return DDAL_ERR_INVALID;
+  Sensor* const sensor = FindSensor(device);
+  if (sensor == nullptr || sensor->mode == SensorMode::Absent) return DDAL_ERR_NO_DEVICE;
+  sensor->mode = mode;
+  const int failure = mode == SensorMode::Failing ? value : 0;
+  if (mode != SensorMode::Failing) ddal_sim_temp_set(device, mode == SensorMode::Pinned ? value : sensor->shown);
+  return ddal_sim_temp_fail(device, failure);
+}
+
+void SimulatedHardware::InsertSensor(u32 device) {
+  Sensor* const sensor = FindSensor(device);
+  if (sensor == nullptr) return;
+  sensor->mode = SensorMode::Auto;
+  ddal_sim_temp_set(device, sensor->shown);
+  ddal_sim_temp_fail(device, 0);
+}
+
+void SimulatedHardware::RemoveSensor(u32 device) {
+  Sensor* const sensor = FindSensor(device);
+  if (sensor == nullptr) return;
+  sensor->mode = SensorMode::Absent;
+  ddal_sim_temp_fail(device, DDAL_ERR_NO_DEVICE);
 }
 
 int SimulatedHardware::SetFan(u32 id, FanChange change, i32 value) {

@@ -27,6 +27,10 @@ class SimulatedHardware {
   void Advance(unsigned steps, unsigned stepMs = kStepMs);
   /// Lets a sensor show something else. @return 0, else the driver's error code
   int SetSensor(u32 device, SensorMode mode, i32 value);
+  /// Lets a sensor be there, following the physics; harmless for one that the board does not simulate.
+  void InsertSensor(u32 device);
+  /// Lets a sensor be gone until it is inserted; harmless likewise.
+  void RemoveSensor(u32 device);
   /// Lets a fan stick, fail, or follow the physics again. @return as SetSensor
   int SetFan(u32 id, FanChange change, i32 value);
   /// @return all simulated sensors
@@ -49,6 +53,8 @@ class SimulatedHardware {
     i32 writeFailure = 0;
   };
 
+  /// @return the sensor; null when the board does not simulate it
+  Sensor* FindSensor(u32 device);
   void StepOnce(double seconds);
   static void Change(SimulatedFan& fan, FanChange change, i32 value);
   double FanLevel() const;

@@ -69,6 +69,7 @@ void Simulator::Init() {
   if (const int error = m_hardware->Start(); error != 0) {
     throw InitFailedException("the simulated hardware does not start: " + DriverText(error), __FILE__, __LINE__);
   }
+  m_units = std::make_unique<UnitControl>(*this, hwapi::board::OwnBoard(), *m_hardware, m_slots, m_autodet);
   StartTicks();
   m_reset.GoOnline(*this);
   m_autodet.GoOnline(*this);

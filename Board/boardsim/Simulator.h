@@ -10,6 +10,8 @@
 #include "SimulatedHardware.h"
 #include "StateDirectory.h"
 #include "SwdlNeighbour.h"
+#include "UnitControl.h"
+#include "UnitSlots.h"
 
 #include <memory>
 #include <string>
@@ -42,7 +44,9 @@ class Simulator : public ps::hwapi::common::Service {
   unsigned m_stepMs = 0;
   std::unique_ptr<SimulatedHardware> m_hardware;
   ResetNeighbour m_reset;
-  AutodetNeighbour m_autodet;
+  UnitSlots m_slots;
+  AutodetNeighbour m_autodet{m_slots};
+  std::unique_ptr<UnitControl> m_units;
   SwdlNeighbour m_swdl;
   std::unique_ptr<DaemonKeeper> m_keeper;
 };

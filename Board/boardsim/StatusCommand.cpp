@@ -1,5 +1,5 @@
 /// @file
-/// boardsim status: processes, endpoints, sensors, fans, clock.
+/// boardsim status: processes, endpoints, slots, sensors, fans, clock.
 #include "AaSysTime.h"
 #include "BoardDescription.h"
 #include "Commands.h"
@@ -20,10 +20,12 @@
 namespace boardsim {
 namespace {
 
-const char* ModeText(const SimulatorStatus& status, const hwapi::board::Temperature& sensor) {
+/// @return "" for a sensor that is not there, as its processing unit is not
+std::string ModeText(const SimulatorStatus& status, const hwapi::board::Temperature& sensor) {
   if (std::holds_alternative<hwapi::board::HwmonTemperature>(sensor.source)) return "kernel";
   for (const SensorStatus& known : status.sensors) {
     if (known.device != sensor.device) continue;
+    if (known.mode == SensorMode::Absent) return "";
     if (known.mode == SensorMode::Pinned) return "pinned";
     return known.mode == SensorMode::Failing ? "failing" : "auto";
   }
@@ -55,7 +57,9 @@ void PrintProcesses(const StatusResp& status) {
 void PrintSensors(const SimulatorStatus& status) {
   std::printf("\nSENSOR                       MODE        VALUE\n");
   for (const hwapi::board::Temperature& sensor : hwapi::board::OwnBoard().temperatures) {
-    std::printf("0x%-8x %-17s %-8s %s\n", sensor.device, SensorNameOf(sensor.device).c_str(), ModeText(status, sensor),
+    const std::string mode = ModeText(status, sensor);
+    if (mode.empty()) continue;
+    std::printf("0x%-8x %-17s %-8s %s\n", sensor.device, SensorNameOf(sensor.device).c_str(), mode.c_str(),
                 ValueText(sensor.device).c_str());
   }
 }
@@ -108,6 +112,7 @@ void RunStatus(const Settings& settings) {
   PrintProcesses(status.header);
   std::printf("\n");
   PrintEndpoints();
+  PrintSlots();
   PrintSensors(status);
   PrintFans(status);
   PrintClock();
@@ -125,9 +130,8 @@ void PrintEndpoints() {
 }
 
 void AddStatusCommand(CLI::App& app, Settings& settings) {
-  app.add_subcommand("status", "Show processes, endpoints, sensors, fans and clock of a board")->callback([&settings] {
-    settings.run = [&settings] { RunStatus(settings); };
-  });
+  app.add_subcommand("status", "Show processes, endpoints, slots, sensors, fans and clock of a board")
+      ->callback([&settings] { settings.run = [&settings] { RunStatus(settings); }; });
 }
 
 }  // namespace boardsim

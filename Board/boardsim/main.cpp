@@ -30,6 +30,7 @@ int Run(int argc, char** argv) {
   boardsim::AddControlCommands(app, settings);
   boardsim::AddResetTypeCommand(app, settings);
   boardsim::AddResetCommand(app, settings);
+  boardsim::AddUnitCommands(app, settings);
   boardsim::AddDetectCommand(app, settings);
   try {
     app.parse(argc, argv);

@@ -4,9 +4,6 @@
 
 #include "TestBoard.h"
 
-#include <functional>
-#include <thread>
-
 namespace boardtest {
 
 /// The board Kela. What the black box waits for takes board time; the pace of each test leaves the other services
@@ -35,14 +32,6 @@ class BlackBoxBoard : public BoardTest {
   /// Waits until a file's text holds @p part.
   static bool WaitForText(const std::filesystem::path& file, const std::string& part) {
     return Eventually([&] { return FileText(file).find(part) != std::string::npos; });
-  }
-  static bool Eventually(const std::function<bool()>& isTrue) {
-    const auto end = std::chrono::steady_clock::now() + kDeadline;
-    while (!isTrue()) {
-      if (std::chrono::steady_clock::now() > end) return false;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
   }
 };
 

@@ -30,14 +30,6 @@ class BlackBoxTest : public BlackBoxBoard {
     payload += Padded(source, 128) + Padded(key, 128);
     return Clmctl({"send", "--to", "blackbox", "--id", "0x1302", "--timeout", "20s", "--hex", Hex(payload)});
   }
-  /// Ends the daemon; boardsim starts it anew.
-  void RestartDaemon() {
-    auto tag = StartClmctl({"tag", "watch", "app.hwapi.online.4d9"});
-    ASSERT_TRUE(tag->WaitForText("4d9 6"));
-    kill(DaemonPid(), SIGTERM);
-    ASSERT_TRUE(tag->WaitForText("4d9 7"));
-    ASSERT_TRUE(tag->WaitForText("4d9 6", 2));
-  }
 
  private:
   static std::string Number(std::uint32_t value) { return {reinterpret_cast<const char*>(&value), sizeof value}; }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <utility>
 
 namespace boardtest {
 namespace {
@@ -94,6 +95,16 @@ bool Program::WaitForText(const std::string& text, unsigned times) {
     if ((m_out < 0 && m_err < 0) || !ReadSome(deadline)) return false;
   }
   return true;
+}
+
+std::optional<std::string> Program::NextLine() {
+  const auto deadline = Clock::now() + kDeadline;
+  std::size_t end = 0;
+  while ((end = m_result.out.find('\n', m_nextLine)) == std::string::npos) {
+    if (m_out < 0 || !ReadSome(deadline)) return std::nullopt;
+  }
+  const std::size_t begin = std::exchange(m_nextLine, end + 1);
+  return m_result.out.substr(begin, end - begin);
 }
 
 unsigned Program::Count(const std::string& text) const { return Occurrences(m_result.out, text); }

@@ -5,7 +5,9 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,9 @@ class Program {
   /// Reads until its output or diagnostics hold @p text @p times times.
   /// @return whether that came before the deadline and before the program's end
   bool WaitForText(const std::string& text, unsigned times = 1);
+  /// Waits for the next line of its output, from the first one on.
+  /// @return the line without its end; nothing when none came before the deadline or the program's end
+  std::optional<std::string> NextLine();
   /// Sends a signal.
   void Signal(int number) const;
   /// Stops reading its output, as a pipe's reader that has seen enough.
@@ -54,6 +59,7 @@ class Program {
   int m_out = -1;
   int m_err = -1;
   Result m_result;
+  std::size_t m_nextLine = 0;  ///< where the line begins that NextLine returns next
 };
 
 /// Runs a program to its end.

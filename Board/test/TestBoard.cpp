@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <thread>
 
 namespace boardtest {
 namespace {
@@ -75,6 +76,23 @@ pid_t BoardTest::DaemonPid() const {
     if (line.starts_with("daemon")) return std::atoi(line.c_str() + std::string("daemon").size());
   }
   return 0;
+}
+
+void BoardTest::RestartDaemon() const {
+  auto tag = StartClmctl({"tag", "watch", "app.hwapi.online.4d9"});
+  ASSERT_TRUE(tag->WaitForText("4d9 6"));
+  kill(DaemonPid(), SIGTERM);
+  ASSERT_TRUE(tag->WaitForText("4d9 7"));
+  ASSERT_TRUE(tag->WaitForText("4d9 6", 2));
+}
+
+bool BoardTest::Eventually(const std::function<bool()>& isTrue) {
+  const auto end = std::chrono::steady_clock::now() + kDeadline;
+  while (!isTrue()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
 }
 
 std::string BoardTest::Write(const std::string& name, const std::string& text) const {

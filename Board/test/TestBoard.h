@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -36,6 +37,10 @@ class BoardTest : public testing::Test {
   Result Daemon() const;
   /// @return the daemon's process id as `boardsim status` tells it; 0 when it does not run
   pid_t DaemonPid() const;
+  /// Ends the daemon; boardsim starts it anew. Returns once that one is online.
+  void RestartDaemon() const;
+  /// Waits for what no line and no tag tells. @return whether it came before the deadline
+  static bool Eventually(const std::function<bool()>& isTrue);
 
   /// Writes a file into the test's folder. @return its path
   std::string Write(const std::string& name, const std::string& text) const;

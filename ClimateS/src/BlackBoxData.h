@@ -82,8 +82,7 @@ class BlackBoxData {
   u32 createConfigFile();
   /// Writes the board file. @return 1, or 0 when it cannot be created
   u32 createBlackboxFile();
-  /// Waits until no other thread is writing the board file, and writes it again if one was: what began before the
-  /// newest reset would take the place of the file that tells of it. Before the board may go down.
+  /// Before the board may go down: waits for board files of other threads, which may be older, and writes it again.
   void settleBoardFile();
   /// @return 1 when the board file can be opened, else 0
   u32 blackBoxFileExists() const;
@@ -187,18 +186,14 @@ class BlackBoxData {
   std::string resetReasonReadInStartup;  ///< written before the thread that reads it is started
 };
 
-/// @name Callbacks of the troubleshooting service, on its threads
-///@{
+// Callbacks of the troubleshooting service, on its threads.
 int techlogPrepareFileCb(const char* fileName, const void* context);
 int techlogStoreFileCb(const char* fileName, const void* context);
 void techlogDeleteFileCb(const char* fileName, const void* context);
-///@}
 
-/// @name Threads of the black box; the first two never end
-///@{
+// Threads of the black box; the first two never end.
 void* waitingForTheSnapshotTmo(void* argument);
 void* waitingForTheFileStoringTmo(void* argument);
 void* waitingForNTPTime(void* argument);
-///@}
 
 }  // namespace ps::hwapi::common::climate

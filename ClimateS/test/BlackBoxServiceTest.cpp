@@ -233,6 +233,20 @@ TEST_F(PlugInUnitTest, ItsReadingsAreInTheFile) {
   EXPECT_NE(Values().find("|51000|"), std::string::npos);
 }
 
+TEST_F(PlugInUnitTest, ItsExtremesStartAfreshWhenItComesBack) {
+  for (const int thousandths : {51000, 52000}) {
+    Indicate(2);
+    Indicate(0);
+    fake::SetTemperature(0x20000, thousandths);
+    Refusal(Request(kTempPoll, {1}));
+  }
+  Store();
+  for (const unsigned extremes : {3u, 4u}) {
+    EXPECT_NE(TraceLine(extremes).find("|52000|"), std::string::npos) << TraceLine(extremes);
+    EXPECT_EQ(TraceLine(extremes).find("51000"), std::string::npos) << TraceLine(extremes);
+  }
+}
+
 /// A service whose black box could not be initialized.
 class FailedBlackBoxTest : public BlackBoxServiceTest {
  protected:

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <ostream>
 #include <tuple>
+#include <type_traits>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -47,6 +48,8 @@ Rows RowsOf(const KelDaxUnit& unit) {
   for (const Sensor& sensor : unit.Sensors()) rows.emplace_back(sensor.text, sensor.name, sensor.device);
   return rows;
 }
+
+static_assert(std::is_polymorphic_v<KelDaxAdetHandler> && std::has_virtual_destructor_v<KelDaxAdetHandler>);
 
 constexpr u32 kReady = 0;
 constexpr u32 kUnPlugged = 2;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
 namespace clmctl {
 namespace {
@@ -64,11 +65,10 @@ std::string Header(const Canvas& canvas) {
 void TempTable::Add(const TempIndication& indication, const std::string& time) {
   ++m_count;
   m_lastTime = time;
-  m_rows.resize(indication.readings.size());
-  for (std::size_t i = 0; i < m_rows.size(); ++i) {
-    Row& row = m_rows[i];
-    const TempReading& reading = indication.readings[i];
-    if (row.last.name != reading.name) row = Row{};
+  std::vector<Row> rows;
+  rows.reserve(indication.readings.size());
+  for (const TempReading& reading : indication.readings) {
+    Row& row = rows.emplace_back(TakeRow(reading.name, rows.size()));
     row.last = reading;
     if (!reading.valid) continue;
     row.lowest = row.course.empty() ? reading.celsius : std::min(row.lowest, reading.celsius);
@@ -76,6 +76,14 @@ void TempTable::Add(const TempIndication& indication, const std::string& time) {
     row.course.push_back(reading.celsius);
     if (row.course.size() > kCourseLength) row.course.pop_front();
   }
+  m_rows = std::move(rows);
+}
+
+TempTable::Row TempTable::TakeRow(u32 name, std::size_t index) {
+  const auto isOf = [name](const Row& row) { return row.last.name == name; };
+  const auto same = index < m_rows.size() && isOf(m_rows[index]) ? m_rows.begin() + static_cast<std::ptrdiff_t>(index)
+                                                                 : std::find_if(m_rows.begin(), m_rows.end(), isOf);
+  return same != m_rows.end() ? std::exchange(*same, Row{}) : Row{};
 }
 
 std::string TempTable::DrawRow(const Row& row, const Canvas& canvas) const {
@@ -101,6 +109,7 @@ std::vector<std::string> TempTable::Draw(const Canvas& canvas) const {
   const std::size_t room = canvas.rows > lines.size() ? canvas.rows - lines.size() : 0;
   const std::size_t shown = m_rows.size() <= room ? m_rows.size() : std::max<std::size_t>(room, 1) - 1;
   for (std::size_t i = 0; i < shown; ++i) lines.push_back(DrawRow(m_rows[i], canvas));
+  if (m_count != 0 && m_rows.empty()) lines.push_back(Cut("no sensors", canvas.columns));
   if (shown < m_rows.size()) {
     lines.push_back(Cut("... and " + std::to_string(m_rows.size() - shown) + " more", canvas.columns));
   }

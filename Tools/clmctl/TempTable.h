@@ -5,6 +5,7 @@
 #include "Canvas.h"
 #include "TempRequest.h"
 
+#include <cstddef>
 #include <deque>
 #include <string>
 #include <vector>
@@ -30,6 +31,8 @@ class TempTable {
     std::deque<double> course;  ///< valid readings, oldest first
   };
 
+  /// @return the row of a sensor, taken from where it was; sensors come and go with their units
+  Row TakeRow(u32 name, std::size_t index);
   std::string DrawRow(const Row& row, const Canvas& canvas) const;
 
   std::string m_title;

@@ -30,6 +30,7 @@ std::string StateText(const TempReading& reading) {
 }
 
 std::string TempLines(const TempIndication& indication, const std::string& time) {
+  if (indication.readings.empty()) return time + "  " + SensorTypeText(indication.sensorType) + " has no sensors\n";
   std::string lines;
   for (const TempReading& reading : indication.readings) {
     char value[48] = "-";
@@ -43,19 +44,28 @@ std::string TempLines(const TempIndication& indication, const std::string& time)
 }
 
 std::vector<nlohmann::ordered_json> TempObjects(const TempIndication& indication, u32 number, const std::string& time) {
+  nlohmann::ordered_json empty;
+  empty["time"] = time;
+  empty["indication"] = number;
+  empty["sensor_type"] = SensorTypeText(indication.sensorType);
+  empty["sensor"] = nullptr;
+  empty["sensor_number"] = nullptr;
+  empty["state"] = "no sensors";
+  for (const char* key : {"temperature_celsius", "driver_error", "driver_error_text"}) empty[key] = nullptr;
+  if (indication.readings.empty()) return {std::move(empty)};
+
   std::vector<nlohmann::ordered_json> objects;
   for (const TempReading& reading : indication.readings) {
-    nlohmann::ordered_json object;
-    object["time"] = time;
-    object["indication"] = number;
-    object["sensor_type"] = SensorTypeText(indication.sensorType);
+    nlohmann::ordered_json& object = objects.emplace_back(empty);
     object["sensor"] = SensorText(reading.name);
     object["sensor_number"] = reading.name;
     object["state"] = reading.valid ? "ok" : "failed";
-    object["temperature_celsius"] = reading.valid ? nlohmann::ordered_json(reading.celsius) : nullptr;
-    object["driver_error"] = reading.valid ? nullptr : nlohmann::ordered_json(-static_cast<int>(reading.driverError));
-    object["driver_error_text"] = reading.valid ? nullptr : nlohmann::ordered_json(DriverText(reading.driverError));
-    objects.push_back(std::move(object));
+    if (reading.valid) {
+      object["temperature_celsius"] = reading.celsius;
+    } else {
+      object["driver_error"] = -static_cast<int>(reading.driverError);
+      object["driver_error_text"] = DriverText(reading.driverError);
+    }
   }
   return objects;
 }

@@ -127,6 +127,36 @@ TEST_F(SimulatedHardwareTest, TellsWhatIsTheMatterWithEachFan) {
   EXPECT_EQ(fans[1].writeFailure, DDAL_ERR_IO);
 }
 
+TEST_F(SimulatedHardwareTest, RemovedSensorIsNoDevice) {
+  int thousandths = 0;
+  m_hardware->RemoveSensor(kSensor);
+  m_hardware->Advance(1);
+  EXPECT_EQ(ddal_temp_get_curr(kSensor, &thousandths), DDAL_ERR_NO_DEVICE);
+  EXPECT_EQ(m_hardware->Sensors().at(0).mode, SensorMode::Absent);
+}
+
+TEST_F(SimulatedHardwareTest, RemovedSensorCannotBeChanged) {
+  m_hardware->RemoveSensor(kSensor);
+  EXPECT_EQ(m_hardware->SetSensor(kSensor, SensorMode::Pinned, 1000), DDAL_ERR_NO_DEVICE);
+  int thousandths = 0;
+  EXPECT_EQ(ddal_temp_get_curr(kSensor, &thousandths), DDAL_ERR_NO_DEVICE);
+}
+
+TEST_F(SimulatedHardwareTest, InsertedSensorFollowsThePhysicsWhateverItDidBefore) {
+  SetSpeeds(0, 0);
+  for (const SensorMode mode : {SensorMode::Failing, SensorMode::Pinned}) {
+    ASSERT_EQ(m_hardware->SetSensor(kSensor, mode, -2), 0);
+    m_hardware->RemoveSensor(kSensor);
+    m_hardware->InsertSensor(kSensor);
+    EXPECT_NEAR(CelsiusWhenSettled(), 50, 0.1);
+  }
+}
+
+TEST_F(SimulatedHardwareTest, SensorIsNotMadeAbsentByARequest) {
+  EXPECT_EQ(m_hardware->SetSensor(kSensor, SensorMode::Absent, 0), DDAL_ERR_INVALID);
+  EXPECT_EQ(m_hardware->Sensors().at(0).mode, SensorMode::Auto);
+}
+
 TEST_F(SimulatedHardwareTest, HasNoFanThatTheBoardHasNot) {
   EXPECT_EQ(m_hardware->SetFan(2, FanChange::Stick, 0), DDAL_ERR_NO_DEVICE);
 }

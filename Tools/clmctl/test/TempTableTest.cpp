@@ -51,6 +51,41 @@ TEST(TempTable, ShowsTheErrorOfAFailedSensor) {
   EXPECT_NE(text.find("(2)"), std::string::npos);
 }
 
+/// @return an indication of sensors that all show the same
+TempIndication Sensors(std::initializer_list<u32> names, double celsius) {
+  TempIndication indication{.sensorType = ETempSensorType_DaxAll, .readings = {}};
+  for (const u32 name : names) {
+    indication.readings.push_back({.name = name, .celsius = celsius, .valid = true, .driverError = 0});
+  }
+  return indication;
+}
+
+TEST(TempTable, KeepsTheCourseOfASensorWhenOthersComeAndGo) {
+  TempTable table("DaxAll");
+  table.Add(Sensors({TEMP_SENSOR_DAX1_MCU, TEMP_SENSOR_DAX3_MCU}, 31.5), "12:00:00");
+  table.Add(Sensors({TEMP_SENSOR_DAX3_MCU}, 42.5), "12:00:01");
+  table.Add(Sensors({TEMP_SENSOR_DAX1_MCU, TEMP_SENSOR_DAX3_MCU}, 53.5), "12:00:02");
+  const std::string text = Text(table, {.columns = 120, .colours = false});
+  const std::string back = text.substr(text.find("DAX1_MCU"), text.find("DAX3_MCU") - text.find("DAX1_MCU"));
+  EXPECT_EQ(back.find("31.500"), std::string::npos) << back;  // another unit, for all one knows
+  EXPECT_NE(text.find("31.500", text.find("DAX3_MCU")), std::string::npos) << text;
+}
+
+TEST(TempTable, ForgetsSensorsThatAreGone) {
+  TempTable table("DaxAll");
+  table.Add(Sensors({TEMP_SENSOR_DAX1_MCU, TEMP_SENSOR_DAX3_MCU}, 31.5), "12:00:00");
+  table.Add(Sensors({TEMP_SENSOR_DAX3_MCU}, 42.5), "12:00:01");
+  EXPECT_EQ(Text(table, {.colours = false}).find("DAX1_MCU"), std::string::npos);
+}
+
+TEST(TempTable, SaysThatThereAreNoSensors) {
+  TempTable table("Dax1");
+  EXPECT_EQ(Text(table, {}).find("no sensors"), std::string::npos);
+  table.Add(Sensors({}, 0), "12:00:00");
+  EXPECT_NE(Text(table, {}).find("no sensors"), std::string::npos);
+  EXPECT_EQ(table.Draw({.rows = 1}).size(), 1u);
+}
+
 TEST(TempTable, IsNeverWiderThanTheTerminal) {
   TempTable table("Kel temperatures every 1s");
   for (int i = 0; i < 100; ++i) table.Add(OneSensor(40 + i, i % 7 != 0), "12:00:00");
