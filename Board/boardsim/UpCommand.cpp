@@ -58,6 +58,10 @@ std::string Tail(const std::string& path) {
 }
 
 hwapi::board::BoardDescription LoadDescription(const std::string& path) {
+  if (!std::filesystem::exists(path)) {
+    throw SimError(ExitCode::Usage, "there is no file " + path + "; `boardsim detect >" + path +
+                                        "` writes a board description for this machine");
+  }
   try {
     return hwapi::board::Load(path);
   } catch (const hwapi::board::DescriptionError& error) {

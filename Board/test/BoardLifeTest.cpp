@@ -55,6 +55,12 @@ TEST_F(BoardLifeTest, WrongDescriptionIsRefusedBeforeAnythingStarts) {
   EXPECT_FALSE(fs::exists(StateFolder()));
 }
 
+TEST_F(BoardLifeTest, MissingDescriptionIsRefusedWithWhatWouldWriteOne) {
+  const Result up = Boardsim({"up", "nothing.toml"});
+  EXPECT_EQ(up.status, 2);
+  EXPECT_NE(up.err.find("boardsim detect >nothing.toml"), std::string::npos) << up.err;
+}
+
 TEST_F(BoardLifeTest, ForgetsTagsButKeepsFlashWhenItComesUpAgain) {
   Up();
   Boardsim({"tag", "made.by.test", "7"});
