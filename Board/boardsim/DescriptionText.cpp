@@ -1,9 +1,11 @@
 #include "DescriptionText.h"
 
+#include "FanNames.h"
 #include "SensorNames.h"
 
 #include <array>
 #include <cstdio>
+#include <string_view>
 
 namespace boardsim {
 namespace {
@@ -58,10 +60,25 @@ std::string Printable(std::string text) {
   return text;
 }
 
-std::string Binding(const FoundSensor& sensor) {
-  std::string text = "hwmon = { chip = " + Quoted(sensor.chip);
-  if (!sensor.at.empty()) text += ", at = " + Quoted(sensor.at);
-  return text + ", input = " + Quoted(sensor.input) + " }\n";
+std::string Chip(const FoundSensor& sensor) {
+  return "hwmon = { chip = " + Quoted(sensor.chip) + (sensor.at.empty() ? "" : ", at = " + Quoted(sensor.at));
+}
+
+std::string Binding(const FoundSensor& sensor) { return Chip(sensor) + ", input = " + Quoted(sensor.input) + " }\n"; }
+
+/// The fans that the service serves, as comments.
+std::string FanTables(const std::vector<FoundSensor>& fans) {
+  if (fans.empty()) return "";
+  std::string text =
+      "\n# Fans of the kernel. Without the signs in front the service sets them when it is asked to, and hands them "
+      "back at\n"
+      "# its end as they were.\n";
+  for (std::size_t i = 0; i < fans.size() && i < kNamedFans.size(); ++i) {
+    const std::string control = "pwm" + fans[i].input.substr(std::string_view("fan").size());
+    text += "# [[fan]]  # " + std::string(kNamedFans[i].name) + "\n# id = " + std::to_string(kNamedFans[i].id) +
+            "\n# " + Chip(fans[i]) + ", fan = " + Quoted(fans[i].input) + ", pwm = " + Quoted(control) + " }\n";
+  }
+  return text;
 }
 
 std::string SensorTable(const UnitSensor& sensor, const FoundSensor* found) {
@@ -79,7 +96,7 @@ std::string SensorTable(const UnitSensor& sensor, const FoundSensor* found) {
 
 }  // namespace
 
-std::string DescribeMachine(const std::vector<FoundSensor>& found) {
+std::string DescribeMachine(const std::vector<FoundSensor>& found, const std::vector<FoundSensor>& fans) {
   std::string text = kHead;
   text += found.empty() ? "\n# The kernel offers no temperature sensor here, so all sensors are simulated.\n"
                         : "\n# Sensors of the kernel stand in for the unit's; those that are left are simulated.\n"
@@ -87,10 +104,9 @@ std::string DescribeMachine(const std::vector<FoundSensor>& found) {
   for (std::size_t i = 0; i < kKelaSensors.size(); ++i) {
     text += SensorTable(kKelaSensors[i], i < found.size() ? &found[i] : nullptr);
   }
-  if (found.size() <= kKelaSensors.size()) return text;
-  text += "\n# Found as well:\n";
+  if (found.size() > kKelaSensors.size()) text += "\n# Found as well:\n";
   for (std::size_t i = kKelaSensors.size(); i < found.size(); ++i) text += "# " + Binding(found[i]);
-  return text;
+  return text + FanTables(fans);
 }
 
 }  // namespace boardsim

@@ -14,7 +14,7 @@ namespace {
 void RunDetect() {
   const char* sysfs = std::getenv("HWAPI_SYSFS");
   const std::string root = sysfs != nullptr && *sysfs != '\0' ? sysfs : "/sys";
-  std::fputs(DescribeMachine(ScanHwmon(root)).c_str(), stdout);
+  std::fputs(DescribeMachine(ScanHwmon(root), ScanHwmonFans(root)).c_str(), stdout);
 }
 
 }  // namespace

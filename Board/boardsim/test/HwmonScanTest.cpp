@@ -39,6 +39,16 @@ TEST(HwmonScan, LeavesOutChipsThatCannotBeToldApart) {
   EXPECT_TRUE(ScanHwmon(sysfs.Root()).empty());
 }
 
+TEST(HwmonScan, FindsFansThatHaveASpeedAndAControl) {
+  MadeUpSysfs sysfs;
+  sysfs.AddChip("hwmon0", "nct", "nct.656",
+                {{"pwm1", "100"}, {"pwm1_enable", "2"}, {"pwm2", "100"}, {"fan2_input", "900"}, {"fan3_input", "900"}});
+  const auto fans = ScanHwmonFans(sysfs.Root());
+  ASSERT_EQ(fans.size(), 1u);
+  EXPECT_EQ(fans[0].input, "fan2");
+  EXPECT_TRUE(ScanHwmon(sysfs.Root()).empty());
+}
+
 TEST(HwmonScan, OfAMachineWithoutSensorsIsEmpty) { EXPECT_TRUE(ScanHwmon("/nonexistent").empty()); }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #include "AaSysCom.h"
 #include "ClimateServiceBlackBoxData.h"
 #include "Endpoints.h"
-#include "FlashModel.h"
 #include "ScenarioTest.h"
 #include "messages/MessageIds.h"
 #include "messages/Reset.h"
@@ -22,7 +21,6 @@ constexpr const char* kBoardFile = "/ffs/fs1/config/lifedata/blackbox";
 constexpr const char* kStandbyFile = "/ffs/fs2/config/lifedata/blackbox";
 /// Two less than are kept, so that both announcements find room.
 constexpr int kOldEntries = 8;
-constexpr std::size_t kFewestStates = 200;
 
 History OldHistory() {
   History entries;
@@ -133,29 +131,17 @@ class ResetPowerCut : public ::testing::Test {
 };
 
 TEST_F(ResetPowerCut, LeavesAllOldEntriesAndTheNewOneOrNot) {
-  Faults faults;
-  const FlashModel model(m_test.Expected().Before(), m_test.Done(), kFirstReset.mostBlocks);
-  const auto count = model.ForEachState([&](const Tree& state, bool atEnd) {
-    faults = Judge(state, atEnd);
-    if (faults.empty()) faults = JudgeRestart(state);
-    return faults.empty();
+  m_test.ExpectNoFaults(kFirstReset.mostBlocks, [this](const Tree& state, bool atEnd) {
+    const Faults faults = Judge(state, atEnd);
+    return faults.empty() ? JudgeRestart(state) : faults;
   });
-  std::printf("%zu operations, %zu states, %zu of them different\n", m_test.Done().size(), count.states,
-              count.different);
-  EXPECT_TRUE(faults.empty()) << TextOf(faults);
-  EXPECT_GE(count.different, kFewestStates);
 }
 
 TEST_F(ResetPowerCut, IsNoticedWhereFilesAreNotSynced) {
-  Operations unsynced = m_test.Done();
-  std::erase_if(unsynced, [](const Operation& operation) { return operation.kind == Operation::Kind::Sync; });
-  Faults faults;
-  FlashModel(m_test.Expected().Before(), unsynced, kFirstReset.mostBlocks)
-      .ForEachState([&](const Tree& state, bool atEnd) {
-        faults = Judge(state, atEnd);
-        return faults.empty();
-      });
-  EXPECT_FALSE(faults.empty());
+  EXPECT_FALSE(m_test
+                   .FaultsWithout(Operation::Kind::Sync, kFirstReset.mostBlocks,
+                                  [this](const Tree& state, bool atEnd) { return Judge(state, atEnd); })
+                   .empty());
 }
 
 }  // namespace

@@ -6,13 +6,15 @@
 #include "Screen.h"
 #include "messages/MessageIds.h"
 
+#include <unistd.h>
+
 #include <cstring>
 
 namespace clmctl {
 namespace {
 
 /// Tells the answer to this program's request from a late one to an earlier one.
-constexpr u32 kTransaction = 0x434C4D43;
+u32 Transaction() { return static_cast<u32>(getpid()); }
 
 /// @throw CommandError (usage) when the field has no room for the text and its terminating zero
 template <std::size_t N>
@@ -47,10 +49,10 @@ Record Answer(const Client& client, std::chrono::milliseconds timeout, const std
   }
 }
 
-constexpr auto kByTransaction = [](const auto& record) { return record.transactionId == kTransaction; };
+constexpr auto kByTransaction = [](const auto& record) { return record.transactionId == Transaction(); };
 
 SApiGetBlackboxResetInfoReq ResetInfoRequest(const Client& client) {
-  return {.transactionId = kTransaction,
+  return {.transactionId = Transaction(),
           .target_board = AaSysComNmapGetBoard(client.Address()),
           .target_cpu = AaSysComNmapGetCpu(client.Address())};
 }
@@ -81,7 +83,7 @@ SApiBlackboxStoreFileReq StoreFileRequest(const std::string& source, const std::
     throw CommandError(ExitCode::Usage, "--keep is 0, 1 or 2: the service keeps at most two older copies");
   }
   SApiBlackboxStoreFileReq request{};
-  request.transactionId = kTransaction;
+  request.transactionId = Transaction();
   request.numOfPreviousFiles = olderCopies;
   SetField(request.sourceFile, source, "SRC");
   SetField(request.targetFile, name, "--as");
@@ -102,7 +104,7 @@ std::string ExtendedInfoOf(const SResetReason& reason) {
 }
 
 void RequestStore(const Client& client, std::chrono::milliseconds timeout) {
-  SendTo(client, API_STORE_BLACKBOX_DATA_REQ_MSG, SApiStoreBlackboxDataReq{.transactionId = kTransaction});
+  SendTo(client, API_STORE_BLACKBOX_DATA_REQ_MSG, SApiStoreBlackboxDataReq{.transactionId = Transaction()});
   ResetInfo(client, timeout,
             std::string("the request to store was sent, but nobody told that it is done; ") + kWithoutBlackBox);
 }
@@ -121,8 +123,11 @@ SApiGetBlackboxResetInfoResp RequestResetInfo(const Client& client, std::chrono:
 
 SApiResetResp RequestReset(const Client& client, const SApi2ResetReq& request, std::chrono::milliseconds timeout) {
   SendTo(client, API2_RESET_REQ_MSG, request);
-  return Answer<SApiResetResp, API_RESET_RESP_MSG>(client, timeout, kWithoutBlackBox,
-                                                   [](const SApiResetResp&) { return true; });
+  return Answer<SApiResetResp, API_RESET_RESP_MSG>(
+      client, timeout, kWithoutBlackBox, [&request](const SApiResetResp& answer) {
+        return answer.target_board == request.target_board && answer.target_cpu == request.target_cpu &&
+               answer.reset_extra == request.reset_extra;
+      });
 }
 
 }  // namespace clmctl
