@@ -4,6 +4,7 @@
 #include "AaSysLog.h"
 #include "ComLog.h"
 #include "Export.h"
+#include "FileSource.h"
 #include "Replacement.h"
 
 #include <dirent.h>
@@ -23,6 +24,7 @@
 
 using hwapi::qis::Fd;
 using hwapi::qis::kPlatformFeature;
+using hwapi::qis::OpenSource;
 using hwapi::qis::Replacement;
 using hwapi::qis::Uninterrupted;
 
@@ -77,20 +79,12 @@ void LogNotRead(const char* path, int error) {
                  std::strerror(error));
 }
 
-Fd OpenSource(const char* path) {
-  return Fd(Uninterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC); }));
-}
-
 TAaFile* OpenToRead(const char* path) {
   Fd source = OpenSource(path);
-  struct stat status {};
-  if (!source || ::fstat(source.Get(), &status) != 0) {
-    if (!MeansNotThere(errno)) {
+  if (!source) {
+    if (!MeansNotThere(errno) && errno != EISDIR) {
       LogNotRead(path, errno);
     }
-    return nullptr;
-  }
-  if (S_ISDIR(status.st_mode)) {
     return nullptr;
   }
   return new TAaFile(path, std::move(source));

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace {
@@ -48,7 +49,7 @@ void* RunEu(void* argument) {
 }  // namespace
 
 QIS_EXPORT i32 AaSysComEuCreateAndStart(TAaProEuId* eu, const char* name, void* (*entry)(void*), u32 stackSize, u32,
-                                        const void* argument, u32 argumentSize) {
+                                        const void* argument, u32 argumentSize) try {
   if (eu == nullptr || entry == nullptr || (argument == nullptr && argumentSize != 0)) {
     return EINVAL;
   }
@@ -72,6 +73,8 @@ QIS_EXPORT i32 AaSysComEuCreateAndStart(TAaProEuId* eu, const char* name, void* 
   }
   static_cast<void>(start.release());  // the thread frees it
   return 0;
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
 QIS_EXPORT TAaProEuId AaProEuCurrent(void) {

@@ -3,11 +3,10 @@
 #include "AaSysLog.h"
 #include "CallbackGate.h"
 #include "ComLog.h"
+#include "FileSource.h"
 #include "PassedFd.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <exception>
@@ -32,17 +31,6 @@ int Call(int (*callback)(const char*, const void*), const TrblFile& file) {
                    "A callback of the troubleshooting file %s threw an unknown exception", file.name.c_str());
   }
   return EAaTrblCbStatus_Failed;
-}
-
-/// @return the file; none with errno set when it cannot be opened or is no regular one
-Fd OpenContent(const std::string& path) {
-  Fd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-  struct stat status {};
-  if (file && (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))) {
-    file.Reset();
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-  }
-  return file;
 }
 
 EAaTrblCollect ResultOf(int prepared) {
@@ -110,7 +98,7 @@ bool TrblSession::Hand(u32 index) {
   if (result != EAaTrblCollect_Ok) {
     return Send({.result = result, .error = 0}, -1);
   }
-  const Fd content = OpenContent(file->path);
+  const Fd content = OpenSource(file->path.c_str());
   return content ? Send({.result = EAaTrblCollect_Ok, .error = 0}, content.Get())
                  : Send({.result = EAaTrblCollect_NoFile, .error = errno}, -1);
 }

@@ -126,6 +126,23 @@ TEST_F(File, OfSeveralWritersHasTheWholeContentOfTheLast) {
   EXPECT_EQ(Content("a"), std::string(10'000, '1'));
 }
 
+TEST_F(File, ThatIsAPipeIsNotWaitedFor) {
+  ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(AaFileOpen(Path("pipe").c_str(), "r"), nullptr);
+  EXPECT_EQ(AaFileCopy(Path("pipe").c_str(), Path("a").c_str()), EINVAL);
+  EXPECT_EQ(Entries(), List{"pipe"});
+}
+
+TEST_F(File, ThatIsADeviceWithoutEndIsNotCopied) {
+  EXPECT_EQ(AaFileCopy("/dev/zero", Path("a").c_str()), EINVAL);
+  EXPECT_EQ(Entries(), List{});
+}
+
+TEST_F(File, ThatIsAFolderIsNotCopied) {
+  EXPECT_EQ(AaFileCopy(m_folder.c_str(), Path("a").c_str()), EISDIR);
+  EXPECT_EQ(Entries(), List{});
+}
+
 TEST_F(File, ThatCannotBeWrittenKeepsItsOldContentAndLeavesNothing) {
   Put("a", "old");
   Peer writer([&] {
