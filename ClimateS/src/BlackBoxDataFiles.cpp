@@ -17,15 +17,17 @@ constexpr const char* kStandbyBoardFile = "/ffs/stb/config/lifedata/blackbox";
 constexpr u32 kActiveImage = 0;
 constexpr u32 kPassiveImage = 1;
 
-/// @return what the file holds; lines come as the platform gives them
-std::string ContentOf(TAaFile* file) {
+/// @return what the file holds, lines as the platform gives them; of a file that is longer than `most`, a beginning
+/// that
+///         is longer as well
+std::string ContentOf(TAaFile* file, std::size_t most) {
   std::string content;
   char line[kConfigLineSize] = {};
   const char* more = nullptr;
   do {
     more = AaFileReadLine(line, kConfigLineSize, file);
     content += line;
-  } while (more != nullptr);
+  } while (more != nullptr && content.size() <= most);
   return content;
 }
 
@@ -118,7 +120,7 @@ bool BlackBoxData::ConfigFileIsRight(const std::string& path, const std::string&
     CLM_LOG(Debug, "BlackBoxData::createConfigFile(): configuration file needs to be created");
     return false;
   }
-  if (ContentOf(file.get()) == wanted) return true;
+  if (ContentOf(file.get(), wanted.size()) == wanted) return true;
   CLM_LOG(Debug, "BlackBoxData::createConfigFile(): configuration file needs to be updated");
   return false;
 }

@@ -58,8 +58,9 @@ void BlackBoxData::addTemperature(std::string sensorName, int temperature) {
     CLM_LOG(Error, "BlackBoxData::addTemperature(): sensor %s not found", sensorName.c_str());
     return;
   }
-  if (sensor->minTemperature > temperature) sensor->minTemperature = temperature;
+  // The maximum first: whoever writes the trace file meanwhile reads the minimum first, and takes it for both.
   if (sensor->maxTemperature < temperature) sensor->maxTemperature = temperature;
+  if (sensor->minTemperature > temperature) sensor->minTemperature = temperature;
   sensor->temperature = temperature;
   sensor->error = 0;
   CLM_LOG(Debug, "BlackBoxData::addTemperature(): temperature %d", temperature);

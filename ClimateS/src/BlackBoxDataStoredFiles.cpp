@@ -45,18 +45,15 @@ storedFileMap::const_iterator FirstWith(const storedFileMap& map, const std::str
   return found != map.end() && found->first == key ? found : map.end();
 }
 
-/// @return path of the oldest copy with that key; empty when there is none
+/// @return path of the oldest copy with that key; there is one
 std::string OldestWith(const Published<storedFileMap>& files, const std::string& key) {
-  const auto map = files.Read();
-  const auto found = FirstWith(*map, key);
-  return found != map->end() ? found->second : "";
+  return FirstWith(*files.Read(), key)->second;
 }
 
+/// There is one: nobody but the thread that asks changes the map.
 void EraseOldestWith(Published<storedFileMap>& files, const std::string& key) {
   files.Update([&](storedFileMap& map) {
-    const auto found = FirstWith(map, key);
-    if (found == map.end()) return false;
-    map.erase(found);
+    map.erase(FirstWith(map, key));
     return true;
   });
 }

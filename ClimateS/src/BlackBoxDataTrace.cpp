@@ -75,9 +75,15 @@ i32 StartThread(void* (*entry)(void*), BlackBoxData* recorder) {
 std::string BlackBoxData::SnapshotLine() const {
   std::string line = UtcText(UtcNow()) + "\t";
   const auto sensors = sensorTempMap.Read();
-  for (const auto& [name, sensor] : *sensors) line += Column(sensor->error != 0, sensor->temperature);
+  for (const auto& [name, sensor] : *sensors) {
+    const bool failed = sensor->error != 0;  // before the value, which is then at least as new
+    line += Column(failed, sensor->temperature);
+  }
   const auto fans = fanSpeedMap.Read();
-  for (const auto& [name, fan] : *fans) line += Column(fan->error != 0, fan->speed);
+  for (const auto& [name, fan] : *fans) {
+    const bool failed = fan->error != 0;
+    line += Column(failed, fan->speed);
+  }
   return line + "\n";
 }
 

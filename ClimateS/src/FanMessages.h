@@ -62,7 +62,6 @@ class FanRequest {
  public:
   FanRequest(void* msg, const FanRequestLayout& layout) : m_payload(msg), m_layout(layout) {}
 
-  const FanRequestLayout& Layout() const { return m_layout; }
   u32 TransactionId() const { return m_payload.Get<u32>(0); }
   u32 NumOfItems() const { return m_payload.Get<u32>(m_layout.numOfItems); }
   SMessageAddress Receiver() const { return m_payload.Get<SMessageAddress>(m_layout.receiver); }
@@ -102,7 +101,6 @@ class FanResponse {
     m_payload.Put(offset + offsetof(SFanSpeedResp, param.speed), value);
     m_payload.Put(offset + offsetof(SFanSpeedResp, status), status);
   }
-  /// @param text null leaves the info text as it is
   void SetOutcome(EStatus status, const char* text);
 
   /// @return payload size for a number of items, in the 16 bits that the item count has there

@@ -6,15 +6,26 @@
 
 namespace ps::hwapi::common::climate {
 
-std::string OnlineTagName(u32 endpoint) {
-  char name[40];
-  std::snprintf(name, sizeof(name), "app.hwapi.online.%x", endpoint);
+namespace {
+
+struct Name {
+  char text[40];
+};
+
+/// Needs no memory: tags are set in a destructor, too.
+Name NameOf(u32 endpoint) {
+  Name name;
+  std::snprintf(name.text, sizeof(name.text), "app.hwapi.online.%x", endpoint);
   return name;
 }
 
+}  // namespace
+
+std::string OnlineTagName(u32 endpoint) { return NameOf(endpoint).text; }
+
 void SetOnlineTag(u32 endpoint, EStatus status) {
   const u32 value = status;
-  AaConfigTagPublicSet(OnlineTagName(endpoint).c_str(), &value, sizeof(value));
+  AaConfigTagPublicSet(NameOf(endpoint).text, &value, sizeof(value));
 }
 
 }  // namespace ps::hwapi::common::climate

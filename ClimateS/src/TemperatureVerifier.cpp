@@ -118,7 +118,7 @@ bool TemperatureVerifier::WhetherTemperaturesApproximatelySame(int first, int se
   const int a = ApproximatedTemp(first);
   const int b = ApproximatedTemp(second);
   const int c = ApproximatedTemp(third);
-  if (a != b || a != c || b != c) {
+  if (a != b || a != c) {
     Fail("WhetherTemperaturesApproximatelySame", "Temperatures are not same", kNotPlausible, __LINE__);
   }
   return true;
