@@ -9,8 +9,9 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 # Sanitizers of the whole build, as -fsanitize= takes them; empty for none.
 set(CLM_SANITIZE "" CACHE STRING "sanitizers, e.g. address,undefined")
-# Line and branch counters for ./dev coverage.
-option(CLM_COVERAGE "instrument for coverage" OFF)
+# Counters of the service's lines and branches, for ./dev coverage; with clang, which counts the branches of the sources
+# and none of its own.
+option(CLM_COVERAGE "count what of the service is reached" OFF)
 # Programs that need a host library beyond the C++ runtime for the target (tests need GoogleTest in any case).
 option(CLM_BENCH "build the benchmarks" ON)
 # A folder with a board's own platform libraries, to link the daemon with (doc/porting.md); empty: the host's are built.
@@ -31,10 +32,6 @@ endif()
 if(CLM_SANITIZE)
   add_compile_options(-fsanitize=${CLM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${CLM_SANITIZE})
-endif()
-if(CLM_COVERAGE)
-  add_compile_options(--coverage -fprofile-abs-path -fprofile-update=atomic)
-  add_link_options(--coverage)
 endif()
 
 # Code and constants of a library share a mapping: a start maps and touches fewer pages.

@@ -18,11 +18,17 @@ else()
 endif()
 
 # clm_add_test(NAME sources... LIBRARIES libraries... [PREFIX prefix] [LABELS labels...])
+set(counted)
+if(CLM_COVERAGE)
+  # Two files a program, which its processes add to in turn.
+  set(counted ENVIRONMENT "LLVM_PROFILE_FILE=${CMAKE_BINARY_DIR}/profiles/%2m.profraw")
+endif()
+
 function(clm_add_test name)
   cmake_parse_arguments(ARG "" "PREFIX" "LIBRARIES;LABELS" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main Threads::Threads)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   gtest_discover_tests(${name} TEST_PREFIX "${ARG_PREFIX}" TEST_SUFFIX "${CLM_TEST_SUFFIX}" DISCOVERY_TIMEOUT 60
-    NO_PRETTY_VALUES PROPERTIES TIMEOUT 120 LABELS "${ARG_LABELS}")
+    NO_PRETTY_VALUES PROPERTIES TIMEOUT 120 ${counted} LABELS "${ARG_LABELS}")
 endfunction()

@@ -56,9 +56,10 @@ TEST_P(OtherEntryTest, IsPassedOver) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, OtherEntryTest,
-                         testing::Values("blackbox_notes", "blackbox_my_notes", "blackbox_20160101000000", "blackbox",
-                                         "blackbox_", "blackbox__", "old_blackbox_20160101000000_a",
-                                         "Blackbox_20160101000000_a", "20160101000000_a"));
+                         testing::Values("blackbox_notes", "blackbox_my_notes", "blackbox_my-notes_a.b",
+                                         "blackbox_20160101000000", "blackbox", "blackbox_", "blackbox__",
+                                         "old_blackbox_20160101000000_a", "Blackbox_20160101000000_a",
+                                         "20160101000000_a"));
 
 /// An entry that counts as a stored copy, odd as it looks.
 struct OddEntry {

@@ -41,3 +41,14 @@ dev_setup() {
   apt-get install -y -qq --no-install-recommends $missing </dev/null >/dev/null
   end
 }
+
+# optional WHAT GROUP: whether ./dev test can have a part of it; root installs what is missing for it, others are told.
+optional() {
+  local missing
+  [ "$(id -u)" -ne 0 ] || dev_setup "$2"
+  # shellcheck disable=SC2046  # a list of names
+  missing=$(missing_packages $(packages_of "$2") | xargs)
+  [ -z "$missing" ] && return
+  echo "== without $1: not installed: $missing (\"$PROGRAM setup $2\" does it)"
+  return 1
+}

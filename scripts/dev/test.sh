@@ -19,13 +19,30 @@ house_checks() {
   [ "$failed" -eq 0 ] || fail "the checks named above failed"
 }
 
-# Runs the tests of the given presets, of the installed packages (the word "package") and on the emulated board ("vm"),
+COVERAGE=build/coverage
+
+# Runs the service's unit tests where what they reach is counted. Counts of tests that failed are worth nothing.
+count_coverage() {
+  build coverage
+  begin "what the unit tests of the service reach"
+  rm -rf $COVERAGE/profiles
+  if ! ctest --test-dir $COVERAGE/ClimateS -j "$JOBS" --output-on-failure --no-tests=error </dev/null >$COVERAGE/tests.log 2>&1; then
+    rm -rf $COVERAGE/profiles
+    cat $COVERAGE/tests.log
+  fi
+  end
+}
+
+# Runs the tests of the given presets, of the service's coverage ("coverage"), of the installed packages (the word "package") and on the emulated board ("vm"),
 # as one ctest run with one summary, which is the last thing printed.
 run_tests() {
   local all=build/all part
   mkdir -p $all
   for part in "$@"; do
-    if [ "$part" = package ]; then
+    if [ "$part" = coverage ]; then
+      echo "add_test(Coverage \"$PWD/scripts/coverage.py\" \"$PWD/$COVERAGE\")"
+      echo "set_tests_properties(Coverage PROPERTIES LABELS coverage TIMEOUT 600)"
+    elif [ "$part" = package ]; then
       echo "add_test(Packages \"$PWD/packaging/test/installed_test.py\" \"$PWD/$PACKAGES\")"
       echo "set_tests_properties(Packages PROPERTIES LABELS package TIMEOUT 600)"
     elif [ "$part" = vm ]; then
@@ -49,10 +66,15 @@ build_all() {
 dev_test() {
   dev_setup base
   house_checks
-  local presets=${CLM_TEST_PRESETS:-debug asan-ubsan tsan} package= vm=
+  local presets=${CLM_TEST_PRESETS:-debug asan-ubsan tsan} coverage= package= vm=
   [[ " $presets " != *" clang "* ]] || dev_setup clang
   build_all $presets
-  if [ -z "${CLM_TEST_PRESETS:-}" ] && packages_possible; then
+  if [ -z "${CLM_TEST_PRESETS:-}" ] && optional "the coverage" coverage; then
+    count_coverage
+    scripts/coverage.py $COVERAGE || true # a test of its own says so
+    coverage=coverage
+  fi
+  if [ -z "${CLM_TEST_PRESETS:-}" ] && optional "the packages" package; then
     make_packages
     package=package
   fi
@@ -60,7 +82,7 @@ dev_test() {
     vm_image
     vm=vm
   fi
-  run_tests $presets $package $vm
+  run_tests $presets $coverage $package $vm
 }
 
 dev_sanitize() {
@@ -71,17 +93,8 @@ dev_sanitize() {
 
 dev_coverage() {
   dev_setup base coverage
-  build coverage
-  find build/coverage -name '*.gcda' -delete
-  run_tests coverage
-  begin "coverage of ClimateS/src"
-  local shared=(--root . --filter ClimateS/src/ --exclude-throw-branches --exclude-unreachable-branches -j "$JOBS" build/coverage)
-  gcovr "${shared[@]}" --txt build/coverage/lines.txt --html-details build/coverage/report.html
-  cat build/coverage/lines.txt
-  gcovr "${shared[@]}" --branches --print-summary -o build/coverage/branches.txt
-  sed -n '6,$p' build/coverage/branches.txt
-  echo "every line: build/coverage/report.html"
-  end
+  count_coverage
+  scripts/coverage.py $COVERAGE --report $COVERAGE/report
 }
 
 dev_bench() {
