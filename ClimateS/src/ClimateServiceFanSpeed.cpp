@@ -226,7 +226,6 @@ SHwapiFanUnitInfo ClimateService::ReadFan(u32 index) {
   int hertz = 0;
   EFanParam pwmFreq{};
   if (const int code = ddal_fan_get_fan_pwm_freq(fan.id, &hertz); code != 0) {
-    hertz = 0;
     CLM_LOG(Warning, "Failed to read %s PWM frequency. DDAL ecode %i, %s", name, code, DdalText(code).c_str());
   } else if (ConvertPwmFreqToEFanParam(hertz, &pwmFreq) != EStatus_NoError) {
     pwmFreq = EFanParam{};
