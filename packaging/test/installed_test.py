@@ -16,6 +16,15 @@ CHIP = "/sys/devices/chip/hwmon/hwmon0"
 FOUND_SPEED, FOUND_MODE = "77", "2"
 MOST_EXPOSURE = 1.5
 
+# What the installed completion of "$0" offers for the line "$1", whose words follow.
+COMPLETED = """
+. /usr/share/bash-completion/completions/$0
+COMP_LINE=$1; shift
+COMP_POINT=${#COMP_LINE}; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1))
+_$0 $0
+printf '%s\\n' "${COMPREPLY[@]}"
+"""
+
 packages_folder = Path()
 
 
@@ -167,6 +176,13 @@ class Installed(unittest.TestCase):
         board = self.do("sh", "-c", "man 5 hwapi-board | col -b")
         for text in ("hwapi-board - board description", "[[temperature]]", "reset_loop_count", "max_rpm = 6000"):
             self.assertIn(text, board)
+
+    def test_command_lines_are_completed_in_a_plain_bash(self):
+        for line, offer in (("clmctl temp watch KelO", "KelOcxo"), ("clmctl tag get app", "app.hwapi.online.4b6"),
+                            ("boardsim unpl", "unplug")):
+            words = line.split()
+            offered = self.do("bash", "--norc", "--noprofile", "-c", COMPLETED, words[0], line, *words)
+            self.assertIn(offer, offered.splitlines())
 
     def test_development_package_is_enough_for_a_client(self):
         self.machine.put("/tmp/client.cpp", b'#include "AaSysCom.h"\n#include <cstdio>\n'

@@ -29,6 +29,7 @@ dev_run() {
   export HWAPI_RUN=$BOARD_STATE/run
   echo "to use the board from another terminal as well:"
   echo "export PATH=$PWD/${BOARDSIM%/*}:$PWD/${CLMCTL%/*}:\$PATH"
+  echo ". $PWD/Tools/completion/hwapi.bash  # completes their command lines in bash"
   local status=0
   ${duration:+timeout --foreground --signal=INT --kill-after=10s "$duration"} "$CLMCTL" temp watch Kel --fans || status=$?
   # 124: the time that was asked for is over.
