@@ -4,8 +4,6 @@
 
 #include "BenchBoard.h"
 
-#include <string>
-
 namespace bench {
 
 /// Register with Google Benchmark; a measurement is named "Subject/what", its yardstick "Subject/bare...".

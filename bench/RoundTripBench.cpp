@@ -12,7 +12,6 @@
 #include <unistd.h>
 #include <array>
 #include <csignal>
-#include <memory>
 
 namespace bench {
 namespace {

@@ -1,6 +1,7 @@
 #include "ControlClient.h"
 
 #include "AaSysCom.h"
+#include "AaSysLog.h"
 #include "BoardDescription.h"
 #include "PayloadView.h"
 #include "SimError.h"
@@ -36,6 +37,8 @@ Message Exchange(u32 requestId, const void* payload, u32 size, u16 responseId) {
   void* request = AaSysComMsgCreate(requestId, size, AaSysComSicadGet(BOARDSIM_TASK, node));
   if (task == 0 || request == nullptr) FailUnreachable("cannot send messages");
   if (size != 0) std::memcpy(AaSysComMsgGetPayload(request), payload, size);
+  // What the platform would log of it is told by the command in its words.
+  AaSysLogSetThreshold(static_cast<EAaSysLogSeverityLevel>(EAaSysLogSeverityLevel_Error + 1));
   const u32 unserved = AaSysComCounterGet(EAaSysComCounter_NoReceiver);
   AaSysComMsgSendS(&request, AaSysComSicadGet(task, node));
   if (AaSysComCounterGet(EAaSysComCounter_NoReceiver) != unserved) FailUnreachable("no simulator runs");

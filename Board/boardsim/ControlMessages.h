@@ -6,8 +6,6 @@
 #include "AaSysTime.h"
 #include "GloTypes.h"
 
-#include <cstddef>
-
 namespace boardsim {
 
 /// Task of the simulator.

@@ -2,15 +2,7 @@
 
 #include "AaConfig.h"
 
-#include <cstdio>
-
 namespace boardsim {
-
-std::string OnlineTagName(u32 task) {
-  char name[40];
-  std::snprintf(name, sizeof name, "app.hwapi.online.%x", task);
-  return name;
-}
 
 void SetOnlineTag(u32 task, EStatus status) {
   const u32 value = status;

@@ -5,7 +5,6 @@
 #include "BoardDescription.h"
 
 #include <array>
-#include <cstddef>
 #include <string>
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #include "ResetAnswer.h"
 
+#include "Arguments.h"
 #include "BoardDescription.h"
 #include "SimError.h"
-#include "Values.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -25,7 +25,7 @@ bool SetManner(ResetAnswer& answer, std::string_view text) {
   }
   const bool fail = text.starts_with(kFail);
   if (!fail && !text.starts_with(kLate)) return false;
-  const std::optional<u32> number = NumberFrom(text.substr(text.find('=') + 1));
+  const std::optional<u32> number = commandline::NumberFrom(text.substr(text.find('=') + 1));
   if (!number || (fail ? *number == 0 : *number > ResetAnswer::kLongestDelaySeconds)) return false;
   if (fail) {
     answer.status = static_cast<ERP_RAM_status>(*number);
@@ -39,7 +39,7 @@ std::optional<ResetAnswer> Parse(std::string_view text, u32 typeBefore) {
   ResetAnswer answer{.type = typeBefore};
   if (SetManner(answer, text)) return answer;
   const std::size_t blank = text.find(' ');
-  const std::optional<u32> type = NumberFrom(text.substr(0, blank));
+  const std::optional<u32> type = commandline::NumberFrom(text.substr(0, blank));
   if (!type) return std::nullopt;
   answer.type = *type;
   if (blank != std::string_view::npos && !SetManner(answer, text.substr(blank + 1))) return std::nullopt;

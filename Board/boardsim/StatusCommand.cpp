@@ -5,9 +5,9 @@
 #include "Commands.h"
 #include "ControlClient.h"
 #include "FanNames.h"
-#include "KnownEndpoints.h"
 #include "OnlineTag.h"
 #include "SensorNames.h"
+#include "ServiceNames.h"
 #include "SimError.h"
 #include "ddal_error.h"
 #include "ddal_fan.h"
@@ -123,7 +123,7 @@ void RunStatus(const Settings& settings) {
 
 void PrintEndpoints() {
   std::printf("ENDPOINT     TASK   STATE\n");
-  for (const KnownEndpoint& endpoint : kKnownEndpoints) {
+  for (const commandline::NamedService& endpoint : commandline::kServices) {
     std::printf("%-12s 0x%-4x %s\n", std::string(endpoint.name).c_str(), endpoint.task,
                 OnlineTagText(endpoint.task).c_str());
   }

@@ -8,7 +8,6 @@
 #include <array>
 #include <cstddef>
 #include <optional>
-#include <vector>
 
 namespace boardsim {
 

@@ -1,12 +1,12 @@
 /// @file
 /// boardsim up: a whole board in the background (or in the foreground), and its simulator process.
-#include "BoardDescription.h"
 #include "Commands.h"
+#include "DescriptionInput.h"
 #include "FlashLayout.h"
-#include "KnownEndpoints.h"
 #include "OnlineTag.h"
 #include "OnlineWatch.h"
 #include "Sandbox.h"
+#include "ServiceNames.h"
 #include "SimError.h"
 #include "Simulator.h"
 
@@ -16,8 +16,10 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -57,16 +59,10 @@ std::string Tail(const std::string& path) {
   return text.empty() ? "  (empty)\n" : text;
 }
 
-hwapi::board::BoardDescription LoadDescription(const std::string& path) {
-  if (!std::filesystem::exists(path)) {
-    throw SimError(ExitCode::Usage, "there is no file " + path + "; `boardsim detect >" + path +
-                                        "` writes a board description for this machine");
-  }
-  try {
-    return hwapi::board::Load(path);
-  } catch (const hwapi::board::DescriptionError& error) {
-    throw SimError(ExitCode::Usage, std::string("the board description is wrong:\n") + error.what());
-  }
+void WriteDescription(const std::string& path, const std::string& text) {
+  std::ofstream file(path);
+  file << text << std::flush;
+  if (!file) throw SimError(ExitCode::Unreachable, "cannot write " + path + ": " + std::strerror(errno));
 }
 
 pid_t StartSimulator(const StateDirectory& state, const UpArguments& arguments, const std::string& daemon,
@@ -82,7 +78,7 @@ pid_t StartSimulator(const StateDirectory& state, const UpArguments& arguments, 
 
 std::vector<u32> AwaitedTasks(bool withDaemon) {
   std::vector<u32> tasks;
-  for (const KnownEndpoint& endpoint : kKnownEndpoints) {
+  for (const commandline::NamedService& endpoint : commandline::kServices) {
     if (withDaemon || !endpoint.ofDaemon) tasks.push_back(endpoint.task);
   }
   return tasks;
@@ -136,14 +132,14 @@ void StayInForeground(const StateDirectory& state, const ProcessHandle& simulato
 }
 
 void RunUp(const UpArguments& arguments, const Settings& settings) {
-  const hwapi::board::BoardDescription board = LoadDescription(arguments.description);
+  const DescriptionInput description = ReadDescriptionInput(arguments.description);
   const StateDirectory state = settings.State();
   const std::string daemon = arguments.noDaemon ? "" : FindDaemon(arguments.daemon);
   const Fd lock = state.Lock();
   state.Prepare(arguments.fresh);
-  LayOutFlash(state, board);
+  LayOutFlash(state, description.board);
   if (!daemon.empty()) CheckSandbox(state);
-  std::filesystem::copy_file(arguments.description, state.Description());
+  WriteDescription(state.Description(), description.text);
   state.SetEnvironment();
 
   // Blocked before the platform starts its threads, and only where they are waited for.
@@ -178,7 +174,7 @@ void RunSimulate(const SimulateArguments& arguments, const Settings& settings) {
 void AddUpCommand(CLI::App& app, Settings& settings) {
   const auto arguments = std::make_shared<UpArguments>();
   CLI::App* up = app.add_subcommand("up", "Bring a board up: neighbouring services, hardware, the daemon");
-  up->add_option("FILE", arguments->description, "Board description (TOML)")->required();
+  up->add_option("FILE", arguments->description, "Board description (TOML); - reads standard input")->required();
   up->add_flag("--fresh", arguments->fresh, "Erase flash and logs of earlier runs first");
   up->add_flag("--no-daemon", arguments->noDaemon, "Only the neighbours and the hardware");
   up->add_flag("--foreground", arguments->foreground, "Stay attached; ^C brings the board down");

@@ -1,5 +1,6 @@
 #include "Values.h"
 
+#include "Arguments.h"
 #include "FanNames.h"
 #include "SimError.h"
 
@@ -9,9 +10,12 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 namespace boardsim {
+
+using commandline::NumberFrom;
+using commandline::SignedFrom;
+
 namespace {
 
 using Milliseconds = std::chrono::sys_time<std::chrono::milliseconds>;
@@ -98,13 +102,6 @@ std::optional<u32> FanIdFrom(std::string_view text) {
   return std::nullopt;
 }
 
-std::optional<i32> SignedFrom(std::string_view text) {
-  i32 value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 /// @param whole the argument that @p code is the end of
 i32 ParseFailure(std::string_view whole, std::string_view code) {
   const std::optional<i32> value = SignedFrom(code);
@@ -122,15 +119,6 @@ i32 ParseRpm(std::string_view whole, std::string_view rpm) {
 }
 
 }  // namespace
-
-std::optional<u32> NumberFrom(std::string_view text) {
-  const bool hex = text.starts_with("0x");
-  if (hex) text.remove_prefix(2);
-  u32 value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, hex ? 16 : 10);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
 
 TempReq ParseTemp(std::string_view device, std::string_view value) {
   constexpr const char* kHint = "is no temperature: give degrees Celsius such as 45.5, or fail=-2, or auto";
@@ -171,15 +159,9 @@ FanReq ParseFan(std::string_view fan, std::string_view value) {
 }
 
 std::string ParseTagValue(std::string_view text) {
-  constexpr std::string_view kForced = "text:";
-  if (text.starts_with(kForced)) return std::string(text.substr(kForced.size()));
-  if (const std::optional<u32> number = NumberFrom(text)) {
-    return {reinterpret_cast<const char*>(&*number), sizeof *number};
-  }
-  if (!text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos) {
-    Refuse(text, "does not fit 4 bytes: give at most 4294967295, or text:... to set the characters");
-  }
-  return std::string(text);
+  const std::optional<std::string> bytes = commandline::TagBytes(text);
+  if (!bytes) throw SimError(ExitCode::Usage, commandline::TagBytesRefusal(text));
+  return *bytes;
 }
 
 u32 ParsePartition(std::string_view text) {

@@ -6,14 +6,11 @@
 #include "AaSysTime.h"
 #include "ControlMessages.h"
 
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace boardsim {
 
-/// @return a decimal or 0x number of 32 bits; nothing for any other text
-std::optional<u32> NumberFrom(std::string_view text);
 /// What a sensor shall show: "45.5" (degrees Celsius), "fail=CODE", "auto".
 TempReq ParseTemp(std::string_view device, std::string_view value);
 /// A fan by its driver id ("0"), unit number ("201") or name ("GAR_FAN1"), and what it shall do: "rpm=N", "fail=CODE",

@@ -1,6 +1,7 @@
 /// @file
 /// boardsim: a whole board on a machine that is none.
 #include "Commands.h"
+#include "Refusal.h"
 #include "SimError.h"
 
 #include <CLI/CLI.hpp>
@@ -35,7 +36,8 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : static_cast<int>(boardsim::ExitCode::Usage);
+    if (error.get_exit_code() == 0) return app.exit(error);
+    throw boardsim::SimError(boardsim::ExitCode::Usage, commandline::Refusal(app, error));
   }
   settings.run();
   return static_cast<int>(boardsim::ExitCode::Done);

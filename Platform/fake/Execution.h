@@ -6,7 +6,6 @@
 #include "fake/Messages.h"
 
 #include <cstdint>
-#include <string>
 
 namespace fake::internal {
 

@@ -7,7 +7,6 @@
 #include "fake/Failures.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>

@@ -1,6 +1,7 @@
 #include "Client.h"
 
 #include "CommandError.h"
+#include "ServiceNames.h"
 #include "Values.h"
 
 #include <unistd.h>
@@ -24,7 +25,7 @@ std::string WhatToDo() {
 }
 
 std::string Describe(TAaSysComSicad address) {
-  const std::string_view name = TaskName(address & 0xFFFFu);
+  const std::string_view name = commandline::ServiceName(address & 0xFFFFu);
   return FormatAddress(address) + (name.empty() ? "" : " (" + std::string(name) + " service)");
 }
 
@@ -33,7 +34,12 @@ std::string Describe(TAaSysComSicad address) {
 void RequireBoard() {
   if (std::getenv("HWAPI_BOARD") != nullptr) return;
   const std::string run = RunDirectory();
-  if (access((run + "/board.toml").c_str(), R_OK) == 0 || access("/etc/hwapi/board.toml", R_OK) == 0) return;
+  if (access((run + "/board.toml").c_str(), R_OK) == 0) return;
+  if (const std::string below = run + "/run"; access((below + "/board.toml").c_str(), R_OK) == 0) {
+    throw CommandError(ExitCode::Unreachable, "HWAPI_RUN names " + run + ", the state folder of a board; its run " +
+                                                  "directory is in there: export HWAPI_RUN=" + below);
+  }
+  if (access("/etc/hwapi/board.toml", R_OK) == 0) return;
   throw CommandError(ExitCode::Unreachable, "there is no board here: " + WhatToDo());
 }
 

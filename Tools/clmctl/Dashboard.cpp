@@ -12,19 +12,19 @@ void Append(std::vector<std::string>& lines, std::vector<std::string> more) {
 
 }  // namespace
 
-std::vector<std::string> Dashboard::Draw(const Canvas& canvas, FanTable::Clock::time_point now) const {
+std::vector<std::string> Dashboard::Draw(const Screen& screen, FanTable::Clock::time_point now) const {
   // The fans are few: the temperatures get what those and the note leave.
-  const std::vector<std::string> below = fans ? fans->Draw(canvas, now) : std::vector<std::string>();
+  const std::vector<std::string> below = fans ? fans->Draw(screen, now) : std::vector<std::string>();
   const auto taken = static_cast<unsigned>(below.size() + (fans ? 1 : 0) + (note.empty() ? 0 : 1));
   std::vector<std::string> lines;
   if (temperatures) {
-    Canvas rest = canvas;
-    rest.rows = canvas.rows > taken ? canvas.rows - taken : 0;
+    Screen rest = screen;
+    rest.rows = screen.rows > taken ? screen.rows - taken : 0;
     lines = temperatures->Draw(rest);
   }
   Append(lines, below);
-  if (!note.empty()) lines.push_back(Coloured(Cut(note, canvas.columns), "33", canvas));
-  if (lines.size() > canvas.rows) lines.resize(canvas.rows);
+  if (!note.empty()) lines.push_back(Coloured(Cut(note, screen.columns), "33", screen));
+  if (lines.size() > screen.rows) lines.resize(screen.rows);
   return lines;
 }
 

@@ -17,8 +17,8 @@ struct Dashboard {
   std::optional<FanTable> fans;
   std::string note;  ///< below the tables, until it is replaced; "" for none
 
-  /// @return the lines, none wider than the canvas and no more of them than its rows
-  std::vector<std::string> Draw(const Canvas& canvas, FanTable::Clock::time_point now) const;
+  /// @return the lines, none wider than the screen and no more of them than its rows
+  std::vector<std::string> Draw(const Screen& screen, FanTable::Clock::time_point now) const;
 };
 
 }  // namespace clmctl

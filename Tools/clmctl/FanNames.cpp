@@ -1,7 +1,7 @@
 #include "FanNames.h"
 
+#include "Arguments.h"
 #include "CommandError.h"
-#include "Values.h"
 
 #include <array>
 #include <cctype>
@@ -65,7 +65,7 @@ double HertzOf(std::string_view unit) {
 
 EFanUnit ParseFan(std::string_view text) {
   const std::string plain = Plain(text);
-  const std::optional<u32> number = NumberFrom(text);
+  const std::optional<u32> number = commandline::NumberFrom(text);
   for (const NamedFan& fan : kFans) {
     if (number == fan.unit || plain == Plain(fan.name)) return fan.unit;
   }

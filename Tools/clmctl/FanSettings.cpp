@@ -1,5 +1,6 @@
 #include "FanSettings.h"
 
+#include "Arguments.h"
 #include "CommandError.h"
 #include "FanNames.h"
 #include "Values.h"
@@ -19,7 +20,7 @@ u32 ParseSpeed(std::string_view text) {
   std::string_view digits = text;
   if (digits.ends_with('%')) digits.remove_suffix(1);
   const bool decimal = !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
-  const std::optional<u32> speed = decimal ? NumberFrom(digits) : std::nullopt;
+  const std::optional<u32> speed = decimal ? commandline::NumberFrom(digits) : std::nullopt;
   if (!speed || *speed > kFullSpeed) Refuse(text, "is no fan speed: give whole per cent from 0 to 100, such as 60%");
   return *speed;
 }

@@ -2,18 +2,17 @@
 
 #include "FanNames.h"
 #include "FanText.h"
-
-#include <algorithm>
+#include "TableHead.h"
 
 namespace clmctl {
 namespace {
 
-constexpr unsigned kNameWidth = 18;
-constexpr unsigned kSpeedWidth = 13;
-constexpr unsigned kFrequencyWidth = 11;
-constexpr unsigned kAgeWidth = 11;
+constexpr std::size_t kNameWidth = 18;
+constexpr std::size_t kSpeedWidth = 13;
+constexpr std::size_t kFrequencyWidth = 11;
+constexpr std::size_t kAgeWidth = 11;
 /// Columns before the state, and the two blanks that set it off.
-constexpr unsigned kBaseWidth = kNameWidth + kSpeedWidth + kFrequencyWidth + kAgeWidth + 2;
+constexpr std::size_t kBaseWidth = kNameWidth + kSpeedWidth + kFrequencyWidth + kAgeWidth + 2;
 
 std::string AgeText(std::chrono::seconds age) {
   const std::int64_t minutes = age.count() / 60;
@@ -22,18 +21,18 @@ std::string AgeText(std::chrono::seconds age) {
 }
 
 std::string Header() {
-  return PaddedRight("FAN", kNameWidth) + PaddedLeft("SPEED", kSpeedWidth) + PaddedLeft("PWM", kFrequencyWidth) +
-         PaddedLeft("AGE", kAgeWidth) + "  STATE";
+  return LeftAligned("FAN", kNameWidth) + RightAligned("SPEED", kSpeedWidth) + RightAligned("PWM", kFrequencyWidth) +
+         RightAligned("AGE", kAgeWidth) + "  STATE";
 }
 
-std::string DrawRow(const FanReading& reading, const std::string& age, const Canvas& canvas) {
-  const std::string text = PaddedRight(FanText(reading.fan), kNameWidth) +
-                           PaddedLeft(std::to_string(reading.rpm) + " rpm", kSpeedWidth) +
-                           PaddedLeft(FrequencyText(reading.frequency), kFrequencyWidth) + PaddedLeft(age, kAgeWidth);
-  if (canvas.columns <= kBaseWidth) return Cut(text, canvas.columns);
-  const unsigned room = canvas.columns - kBaseWidth;
-  if (Turns(reading)) return text + "  " + Coloured(Cut("ok", room), "32", canvas);
-  return text + "  " + Coloured(Cut("stands still, or cannot be read", room), "1;31", canvas);
+std::string DrawRow(const FanReading& reading, const std::string& age, const Screen& screen) {
+  const std::string text =
+      LeftAligned(FanText(reading.fan), kNameWidth) + RightAligned(std::to_string(reading.rpm) + " rpm", kSpeedWidth) +
+      RightAligned(FrequencyText(reading.frequency), kFrequencyWidth) + RightAligned(age, kAgeWidth);
+  if (screen.columns <= kBaseWidth) return Cut(text, screen.columns);
+  const std::size_t room = screen.columns - kBaseWidth;
+  if (Turns(reading)) return text + "  " + Coloured(Cut("ok", room), "32", screen);
+  return text + "  " + Coloured(Cut("stands still, or cannot be read", room), "1;31", screen);
 }
 
 }  // namespace
@@ -45,11 +44,11 @@ void FanTable::Add(const FanIndication& indication, const std::string& time, Clo
   m_readings = indication.readings;
 }
 
-std::vector<std::string> FanTable::Draw(const Canvas& canvas, Clock::time_point now) const {
-  std::vector<std::string> lines = TableHead(m_title, CountText(m_count, m_lastTime), Header(), canvas);
+std::vector<std::string> FanTable::Draw(const Screen& screen, Clock::time_point now) const {
+  std::vector<std::string> lines = TableHead(m_title, CountText(m_count, m_lastTime), Header(), screen);
   const std::string age = AgeText(std::chrono::duration_cast<std::chrono::seconds>(now - m_last));
-  for (const FanReading& reading : m_readings) lines.push_back(DrawRow(reading, age, canvas));
-  if (lines.size() > canvas.rows) lines.resize(canvas.rows);
+  for (const FanReading& reading : m_readings) lines.push_back(DrawRow(reading, age, screen));
+  if (lines.size() > screen.rows) lines.resize(screen.rows);
   return lines;
 }
 

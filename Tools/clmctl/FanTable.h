@@ -2,8 +2,8 @@
 /// The live table of the fans: its content, and how it is laid out as text.
 #pragma once
 
-#include "Canvas.h"
 #include "FanRequest.h"
+#include "Screen.h"
 
 #include <chrono>
 #include <string>
@@ -22,8 +22,8 @@ class FanTable {
   /// Takes an indication in that came at @p time, on the host's clock at @p now.
   void Add(const FanIndication& indication, const std::string& time, Clock::time_point now);
   /// @param now what the age of the readings is counted to
-  /// @return the lines, none wider than the canvas and no more of them than its rows
-  std::vector<std::string> Draw(const Canvas& canvas, Clock::time_point now) const;
+  /// @return the lines, none wider than the screen and no more of them than its rows
+  std::vector<std::string> Draw(const Screen& screen, Clock::time_point now) const;
 
  private:
   std::string m_title;

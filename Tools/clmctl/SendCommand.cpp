@@ -46,9 +46,10 @@ void RunSend(const SendArguments& arguments, const Settings& settings) {
   const std::vector<u8> payload = ParseHex(arguments.hex);
   const u32 expected = ParseNumber(arguments.expect, "number of messages");
   const u32 task = arguments.sender.empty() ? 0 : ParseTask(arguments.sender);
+  const TAaSysComSicad receiver = Receiver(arguments.to);
 
   const Client client(task);
-  Message msg = client.Create(id, payload.data(), static_cast<u32>(payload.size()), Receiver(arguments.to));
+  Message msg = client.Create(id, payload.data(), static_cast<u32>(payload.size()), receiver);
   if (arguments.otherEndian) AaSysComMsgSetEndianSame(msg.get(), GLO_FALSE);
   client.Send(std::move(msg));
 

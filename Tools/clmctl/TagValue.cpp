@@ -1,25 +1,19 @@
 #include "TagValue.h"
 
+#include "Arguments.h"
 #include "CommandError.h"
 #include "Values.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace clmctl {
 
 TagValue TagValue::FromArgument(std::string_view argument) {
-  constexpr std::string_view kForced = "text:";
-  if (argument.starts_with(kForced)) return TagValue(std::string(argument.substr(kForced.size())));
-  if (const std::optional<u32> number = NumberFrom(argument)) {
-    return TagValue(std::string(reinterpret_cast<const char*>(&*number), sizeof *number));
-  }
-  if (!argument.empty() && argument.find_first_not_of("0123456789") == std::string_view::npos) {
-    throw CommandError(ExitCode::Usage, "'" + std::string(argument) +
-                                            "' does not fit 4 bytes: give at most 4294967295, or text:" +
-                                            std::string(argument) + " to set the characters");
-  }
-  return TagValue(std::string(argument));
+  std::optional<std::string> bytes = commandline::TagBytes(argument);
+  if (!bytes) throw CommandError(ExitCode::Usage, commandline::TagBytesRefusal(argument));
+  return TagValue(std::move(*bytes));
 }
 
 std::optional<u32> TagValue::Number() const {

@@ -1,12 +1,12 @@
 #include "TechlogFolder.h"
 
 #include "CommandError.h"
+#include "FileDescriptor.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
@@ -22,18 +22,6 @@ std::string CheckName(const std::string& name) {
   return "";
 }
 
-/// @return false with errno set
-bool WriteAll(int file, const char* bytes, std::size_t size) {
-  while (size != 0) {
-    const ssize_t written = write(file, bytes, size);
-    if (written < 0 && errno != EINTR) return false;
-    const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
-    bytes += done;
-    size -= done;
-  }
-  return true;
-}
-
 Stored CopyAll(int from, int to) {
   char bytes[16 * 1024];
   Stored stored;
@@ -42,7 +30,7 @@ Stored CopyAll(int from, int to) {
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) return {.problem = Problem("it cannot be read")};
     if (size == 0) break;
-    if (!WriteAll(to, bytes, static_cast<std::size_t>(size))) return {.problem = Problem("it cannot be written")};
+    if (!WriteAll(to, {bytes, static_cast<std::size_t>(size)})) return {.problem = Problem("it cannot be written")};
     stored.sizeBytes += size;
   }
   return fsync(to) == 0 ? stored : Stored{.problem = Problem("it cannot be written")};
@@ -51,11 +39,12 @@ Stored CopyAll(int from, int to) {
 }  // namespace
 
 TechlogFolder::TechlogFolder(const std::string& path) {
-  std::error_code ignored;
-  std::filesystem::create_directories(path, ignored);
+  std::error_code making;
+  std::filesystem::create_directories(path, making);
   m_fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (m_fd >= 0) return;
-  throw CommandError(ExitCode::Usage, "cannot use the folder " + path + ": " + std::strerror(errno) +
+  const int error = errno == ENOENT && making ? making.value() : errno;
+  throw CommandError(ExitCode::Usage, "cannot use the folder " + path + ": " + std::strerror(error) +
                                           "; name one that exists, or that can be made");
 }
 

@@ -1,5 +1,6 @@
 #include "TempTable.h"
 
+#include "TableHead.h"
 #include "TempText.h"
 
 #include <algorithm>
@@ -13,12 +14,12 @@ namespace {
 
 constexpr std::size_t kCourseLength = 60;
 /// Columns of the name and the temperature, which are always there.
-constexpr unsigned kBaseWidth = 18 + 13;
+constexpr std::size_t kBaseWidth = 18 + 13;
 /// Columns of the extremes, and the terminal's width from which they are shown.
-constexpr unsigned kExtremesWidth = 11 + 11;
-constexpr unsigned kExtremesFrom = 72;
+constexpr std::size_t kExtremesWidth = 11 + 11;
+constexpr std::size_t kExtremesFrom = 72;
 /// "ok" before the trend.
-constexpr unsigned kStateWidth = 4;
+constexpr std::size_t kStateWidth = 4;
 /// A course that moves less than this looks flat: noise is no trend.
 constexpr double kSmallestSpan = 1.0;
 
@@ -31,7 +32,7 @@ std::string Celsius(double value) {
   return text;
 }
 
-std::string Trend(const std::deque<double>& course, unsigned width, bool utf8) {
+std::string Trend(const std::deque<double>& course, std::size_t width, bool utf8) {
   const auto& bars = utf8 ? kBars : kAsciiBars;
   const std::size_t shown = std::min<std::size_t>(course.size(), width);
   std::string text;
@@ -49,14 +50,14 @@ std::string Trend(const std::deque<double>& course, unsigned width, bool utf8) {
 }
 
 /// @return columns behind the numbers: a good sensor's state and trend, or a failed one's words
-unsigned RoomForState(const Canvas& canvas) {
-  const unsigned used = kBaseWidth + (canvas.columns >= kExtremesFrom ? kExtremesWidth : 0) + 2;
-  return canvas.columns > used ? canvas.columns - used : 0;
+std::size_t RoomForState(const Screen& screen) {
+  const std::size_t used = kBaseWidth + (screen.columns >= kExtremesFrom ? kExtremesWidth : 0) + 2;
+  return screen.columns > used ? screen.columns - used : 0;
 }
 
-std::string Header(const Canvas& canvas) {
-  std::string text = PaddedRight("SENSOR", 18) + PaddedLeft("NOW", 11) + "  ";
-  if (canvas.columns >= kExtremesFrom) text += PaddedLeft("LOWEST", 11) + PaddedLeft("HIGHEST", 11);
+std::string Header(const Screen& screen) {
+  std::string text = LeftAligned("SENSOR", 18) + RightAligned("NOW", 11) + "  ";
+  if (screen.columns >= kExtremesFrom) text += RightAligned("LOWEST", 11) + RightAligned("HIGHEST", 11);
   return text + "  STATE, TREND";
 }
 
@@ -86,34 +87,34 @@ TempTable::Row TempTable::TakeRow(u32 name, std::size_t index) {
   return same != m_rows.end() ? std::exchange(*same, Row{}) : Row{};
 }
 
-std::string TempTable::DrawRow(const Row& row, const Canvas& canvas) const {
+std::string TempTable::DrawRow(const Row& row, const Screen& screen) const {
   const bool known = !row.course.empty();
   const std::string now = row.last.valid ? Celsius(row.last.celsius) : "-";
-  if (canvas.columns < kBaseWidth) return Cut(SensorText(row.last.name) + " " + now, canvas.columns);
-  std::string text = PaddedRight(Cut(SensorText(row.last.name), 17), 18);
-  const std::string unit = !row.last.valid ? "   " : canvas.utf8 ? " °C" : "  C";
-  text += PaddedLeft(now, 10) + unit;
-  if (canvas.columns >= kExtremesFrom) {
-    text += PaddedLeft(known ? Celsius(row.lowest) : "-", 11) + PaddedLeft(known ? Celsius(row.highest) : "-", 11);
+  if (screen.columns < kBaseWidth) return Cut(SensorText(row.last.name) + " " + now, screen.columns);
+  std::string text = LeftAligned(Cut(SensorText(row.last.name), 17), 18);
+  const std::string unit = !row.last.valid ? "   " : screen.utf8 ? " °C" : "  C";
+  text += RightAligned(now, 10) + unit;
+  if (screen.columns >= kExtremesFrom) {
+    text += RightAligned(known ? Celsius(row.lowest) : "-", 11) + RightAligned(known ? Celsius(row.highest) : "-", 11);
   }
-  const unsigned room = RoomForState(canvas);
+  const std::size_t room = RoomForState(screen);
   if (room < 2) return text;
-  if (!row.last.valid) return text + "  " + Coloured(Cut(StateText(row.last), room), "1;31", canvas);
-  text += "  " + Coloured("ok", "32", canvas);
+  if (!row.last.valid) return text + "  " + Coloured(Cut(StateText(row.last), room), "1;31", screen);
+  text += "  " + Coloured("ok", "32", screen);
   if (room <= kStateWidth) return text;
-  return text + "  " + Coloured(Trend(row.course, room - kStateWidth, canvas.utf8), "36", canvas);
+  return text + "  " + Coloured(Trend(row.course, room - kStateWidth, screen.utf8), "36", screen);
 }
 
-std::vector<std::string> TempTable::Draw(const Canvas& canvas) const {
-  std::vector<std::string> lines = TableHead(m_title, CountText(m_count, m_lastTime), Header(canvas), canvas);
-  const std::size_t room = canvas.rows > lines.size() ? canvas.rows - lines.size() : 0;
+std::vector<std::string> TempTable::Draw(const Screen& screen) const {
+  std::vector<std::string> lines = TableHead(m_title, CountText(m_count, m_lastTime), Header(screen), screen);
+  const std::size_t room = screen.rows > lines.size() ? screen.rows - lines.size() : 0;
   const std::size_t shown = m_rows.size() <= room ? m_rows.size() : std::max<std::size_t>(room, 1) - 1;
-  for (std::size_t i = 0; i < shown; ++i) lines.push_back(DrawRow(m_rows[i], canvas));
-  if (m_count != 0 && m_rows.empty()) lines.push_back(Cut("no sensors", canvas.columns));
+  for (std::size_t i = 0; i < shown; ++i) lines.push_back(DrawRow(m_rows[i], screen));
+  if (m_count != 0 && m_rows.empty()) lines.push_back(Cut("no sensors", screen.columns));
   if (shown < m_rows.size()) {
-    lines.push_back(Cut("... and " + std::to_string(m_rows.size() - shown) + " more", canvas.columns));
+    lines.push_back(Cut("... and " + std::to_string(m_rows.size() - shown) + " more", screen.columns));
   }
-  if (lines.size() > canvas.rows) lines.resize(canvas.rows);
+  if (lines.size() > screen.rows) lines.resize(screen.rows);
   return lines;
 }
 

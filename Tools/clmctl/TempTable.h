@@ -2,7 +2,7 @@
 /// The live table of a measurement: its content, and how it is laid out as text.
 #pragma once
 
-#include "Canvas.h"
+#include "Screen.h"
 #include "TempRequest.h"
 
 #include <cstddef>
@@ -20,8 +20,8 @@ class TempTable {
 
   /// Takes an indication in that came at @p time.
   void Add(const TempIndication& indication, const std::string& time);
-  /// @return the lines, none wider than the canvas and no more of them than its rows
-  std::vector<std::string> Draw(const Canvas& canvas) const;
+  /// @return the lines, none wider than the screen and no more of them than its rows
+  std::vector<std::string> Draw(const Screen& screen) const;
 
  private:
   struct Row {
@@ -33,7 +33,7 @@ class TempTable {
 
   /// @return the row of a sensor, taken from where it was; sensors come and go with their units
   Row TakeRow(u32 name, std::size_t index);
-  std::string DrawRow(const Row& row, const Canvas& canvas) const;
+  std::string DrawRow(const Row& row, const Screen& screen) const;
 
   std::string m_title;
   std::string m_lastTime;

@@ -1,7 +1,7 @@
 #include "TempTypes.h"
 
+#include "Arguments.h"
 #include "CommandError.h"
-#include "Values.h"
 
 #include <strings.h>
 
@@ -60,7 +60,7 @@ ETempSensorType ParseSensorType(std::string_view text) {
   for (std::size_t i = 0; i < kSensorTypes.size(); ++i) {
     if (strcasecmp(name.c_str(), kSensorTypes[i].data()) == 0) return static_cast<ETempSensorType>(i);
   }
-  if (const std::optional<u32> number = NumberFrom(text)) return static_cast<ETempSensorType>(*number);
+  if (const std::optional<u32> number = commandline::NumberFrom(text)) return static_cast<ETempSensorType>(*number);
   throw CommandError(ExitCode::Usage, "'" + name +
                                           "' is no sensor type: give a name such as Kel, KelOcxo, DaxAll, Tov, RFP1 "
                                           "(`clmctl temp types` lists them) or a number");

@@ -2,13 +2,11 @@
 
 #include "BoardTime.h"
 #include "Output.h"
+#include "Screen.h"
 
-#include <langinfo.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <clocale>
 #include <cstdlib>
 #include <string>
 #include <utility>
@@ -21,20 +19,6 @@ constexpr std::string_view kLeave = "\x1b[?25h\x1b[?1049l";
 
 /// How long a note stays at least, so that it can be read while indications come quickly.
 constexpr std::chrono::seconds kNoteTime{10};
-
-Canvas CurrentCanvas() {
-  Canvas canvas;
-  winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 && size.ws_row != 0) {
-    canvas.columns = size.ws_col;
-    canvas.rows = size.ws_row;
-  }
-  const char* noColour = std::getenv("NO_COLOR");
-  canvas.colours = noColour == nullptr || *noColour == '\0';
-  std::setlocale(LC_CTYPE, "");
-  canvas.utf8 = std::string_view(nl_langinfo(CODESET)) == "UTF-8";
-  return canvas;
-}
 
 }  // namespace
 
@@ -50,7 +34,7 @@ TerminalView::TerminalView(Dashboard dashboard) : m_dashboard(std::move(dashboar
 
 TerminalView::~TerminalView() {
   std::string last(kLeave);
-  for (const std::string& line : m_dashboard.Draw(CurrentCanvas(), FanTable::Clock::now())) last += line + "\n";
+  for (const std::string& line : m_dashboard.Draw(CurrentScreen(), FanTable::Clock::now())) last += line + "\n";
   WriteRaw(last);
 }
 
@@ -80,11 +64,11 @@ void TerminalView::Redraw() { Paint(); }
 
 bool TerminalView::Paint() {
   // The last row is for what is no part of the dashboard.
-  Canvas canvas = CurrentCanvas();
-  if (canvas.rows > 1) --canvas.rows;
+  Screen screen = CurrentScreen();
+  if (screen.rows > 1) --screen.rows;
   std::string frame = "\x1b[H";
-  for (const std::string& line : m_dashboard.Draw(canvas, FanTable::Clock::now())) frame += line + "\x1b[K\r\n";
-  return WriteRaw(frame + Cut("(^C stops)", canvas.columns) + "\x1b[J");
+  for (const std::string& line : m_dashboard.Draw(screen, FanTable::Clock::now())) frame += line + "\x1b[K\r\n";
+  return WriteRaw(frame + Cut("(^C stops)", screen.columns) + "\x1b[J");
 }
 
 }  // namespace clmctl

@@ -1,7 +1,8 @@
 #include "Values.h"
 
+#include "Arguments.h"
 #include "CommandError.h"
-#include "Endpoints.h"
+#include "ServiceNames.h"
 
 #include <algorithm>
 #include <array>
@@ -11,21 +12,10 @@
 #include <limits>
 
 namespace clmctl {
+
+using commandline::NumberFrom;
+
 namespace {
-
-struct NamedTask {
-  std::string_view name;
-  u32 task;
-};
-
-constexpr std::array kNamedTasks = {
-    NamedTask{.name = "reset", .task = HWAPI_RESET_SERVICE},
-    NamedTask{.name = "fan", .task = HWAPI_FAN_SERVICE},
-    NamedTask{.name = "swdl", .task = HWAPI_SWDL_SERVICE},
-    NamedTask{.name = "autodet", .task = HWAPI_AUTODET_SERVICE},
-    NamedTask{.name = "temperature", .task = HWAPI_TEMPERATURE_SERVICE},
-    NamedTask{.name = "blackbox", .task = HWAPI_BLACKBOX},
-};
 
 struct TimeUnit {
   std::string_view suffix;
@@ -51,18 +41,9 @@ int HexDigit(char digit) {
 
 }  // namespace
 
-std::optional<u32> NumberFrom(std::string_view text) {
-  const bool hex = text.starts_with("0x") || text.starts_with("0X");
-  if (hex) text.remove_prefix(2);
-  u32 value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, hex ? 16 : 10);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 u32 ParseNumber(std::string_view text, std::string_view what) {
   const std::optional<u32> value = NumberFrom(text);
-  if (!value) Refuse(text, "is no " + std::string(what) + ": give a number such as 11049 or 0x2b29");
+  if (!value) Refuse(text, "is no " + std::string(what) + ": give a number such as 12 or 0xc");
   return *value;
 }
 
@@ -98,14 +79,16 @@ TAaSysComSicad ParseAddress(std::string_view text) {
 }
 
 u32 ParseTask(std::string_view text) {
-  for (const NamedTask& named : kNamedTasks) {
-    if (named.name == text) return named.task;
+  for (const commandline::NamedService& service : commandline::kServices) {
+    if (service.name == text) return service.task;
   }
   const std::optional<u32> task = NumberFrom(text);
   if (!task || *task == 0 || *task > 0xFFFF) {
-    Refuse(text,
-           "is no task: give a number of 1 to 0xffff such as 0x4b6, or one of reset, fan, swdl, autodet, "
-           "temperature, blackbox");
+    std::string names;
+    for (const commandline::NamedService& service : commandline::kServices) {
+      names += (names.empty() ? "" : ", ") + std::string(service.name);
+    }
+    Refuse(text, "is no task: give a number of 1 to 0xffff such as 0x4b6, or one of " + names);
   }
   return *task;
 }
@@ -158,13 +141,6 @@ std::string FormatId(u32 id) {
   char text[16];
   std::snprintf(text, sizeof text, "0x%x", id);
   return text;
-}
-
-std::string_view TaskName(u32 task) {
-  for (const NamedTask& named : kNamedTasks) {
-    if (named.task == task) return named.name;
-  }
-  return {};
 }
 
 }  // namespace clmctl

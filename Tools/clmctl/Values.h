@@ -6,15 +6,12 @@
 #include "AaSysCom.h"
 
 #include <chrono>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace clmctl {
 
-/// @return a decimal or 0x number of 32 bits; nothing for any other text
-std::optional<u32> NumberFrom(std::string_view text);
 /// A decimal or 0x number; @p what names it in the error.
 u32 ParseNumber(std::string_view text, std::string_view what);
 /// A time with its unit: "500ms", "1s", "1.5s", "2min", "1h"; a bare number is refused.
@@ -32,7 +29,5 @@ std::string FormatAddress(TAaSysComSicad address);
 std::string FormatHex(const void* data, u32 size);
 /// "0x2b29"
 std::string FormatId(u32 id);
-/// "temperature" for 0x4B6; "" for a task without a name
-std::string_view TaskName(u32 task);
 
 }  // namespace clmctl

@@ -1,32 +1,23 @@
 #include "Watch.h"
 
 #include "CommandError.h"
+#include "ServiceNames.h"
 #include "Signals.h"
 #include "TagObserver.h"
 #include "messages/Status.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <utility>
 
 namespace clmctl {
-namespace {
-
-std::string OnlineTagName(u32 task) {
-  char name[40];
-  std::snprintf(name, sizeof name, "app.hwapi.online.%x", task);
-  return name;
-}
-
-}  // namespace
 
 void Watch::Add(std::unique_ptr<Source> source) { m_sources.push_back({.source = std::move(source)}); }
 
 void Watch::Start() {
   // Observed first: a daemon that is started again between the answer and the observation would be missed otherwise.
-  ObserveTag(OnlineTagName(m_sources.back().source->Endpoint()), m_client.Address());
+  ObserveTag(commandline::OnlineTagName(m_sources.back().source->Endpoint()), m_client.Address());
   try {
     Begin();
   } catch (const CommandError&) {

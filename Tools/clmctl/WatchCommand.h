@@ -7,7 +7,6 @@
 #include "FanRequest.h"
 #include "Watch.h"
 
-#include <optional>
 #include <string>
 
 namespace clmctl {

@@ -4,6 +4,7 @@
 #include "CommandError.h"
 #include "Commands.h"
 #include "Output.h"
+#include "Refusal.h"
 #include "Values.h"
 
 #include <CLI/CLI.hpp>
@@ -44,7 +45,8 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : static_cast<int>(clmctl::ExitCode::Usage);
+    if (error.get_exit_code() == 0) return app.exit(error);
+    throw clmctl::CommandError(clmctl::ExitCode::Usage, commandline::Refusal(app, error));
   }
   settings.timeout = clmctl::ParseDuration(timeout);
   if (!verbose) SilencePlatformLog();

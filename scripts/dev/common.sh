@@ -28,8 +28,11 @@ build() {
   local preset=$1
   shift
   begin "build $preset"
-  local log=build/$preset.configure.log
-  mkdir -p build
+  local log=build/$preset.configure.log folder
+  mkdir -p "build/$preset" 2>/dev/null || true
+  for folder in build "build/$preset"; do
+    [ -w "$folder" ] || fail "cannot write to $PWD/$folder; run as its owner, or in a copy of this tree that is yours"
+  done
   cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; fail "configuring the preset \"$preset\" failed"; }
   "${steady[@]}" cmake --build --preset "$preset" -j "$JOBS" ${@:+--target "$@"}
   end

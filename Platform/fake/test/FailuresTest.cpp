@@ -2,7 +2,6 @@
 #include "AaTrbl.h"
 #include "fake/PlatformTest.h"
 
-#include <cerrno>
 #include <stdexcept>
 
 namespace {

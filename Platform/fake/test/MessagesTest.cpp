@@ -1,7 +1,5 @@
 #include "fake/PlatformTest.h"
 
-#include <cstring>
-
 namespace {
 
 using fake::Message;

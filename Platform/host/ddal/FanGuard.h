@@ -10,7 +10,6 @@
 #include <atomic>
 #include <chrono>
 #include <mutex>
-#include <string>
 #include <vector>
 
 namespace hwapi::ddal {

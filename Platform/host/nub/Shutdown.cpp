@@ -6,7 +6,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace hwapi::nub {

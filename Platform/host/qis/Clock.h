@@ -6,7 +6,6 @@
 /// description changes. The offset is what AaUtcTimeSet moves.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 namespace hwapi::qis {

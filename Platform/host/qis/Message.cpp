@@ -18,8 +18,6 @@ MessagePtr CreateMessage(u32 id, u32 size, TAaSysComSicad receiver) {
   return message;
 }
 
-MessagePtr CopyMessage(const Message& message) { return MessageFromWire(&message); }
-
 bool IsMessage(const void* bytes, std::size_t size) {
   WireHeader header;
   if (size < sizeof header || size > kMaxWireSize) {

@@ -45,8 +45,6 @@ using MessagePtr = std::unique_ptr<Message, MessageDeleter>;
 
 /// @return a zeroed message without sender; null when the size is out of range or memory is short
 MessagePtr CreateMessage(u32 id, u32 size, TAaSysComSicad receiver);
-/// @return a copy; null when memory is short
-MessagePtr CopyMessage(const Message& message);
 /// @return whether these bytes are one whole message
 bool IsMessage(const void* bytes, std::size_t size);
 /// @return the message of bytes for which IsMessage is true; null when memory is short

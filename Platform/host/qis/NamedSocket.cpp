@@ -10,7 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 
 namespace hwapi::qis {
 namespace {

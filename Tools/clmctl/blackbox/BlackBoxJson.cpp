@@ -1,5 +1,7 @@
 #include "BlackBoxJson.h"
 
+#include "Arguments.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -19,7 +21,7 @@ Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) :
 Json LabelValue(const BoardValue& value) {
   if (!value.value) return nullptr;
   if (!value.label->number) return *value.value;
-  return OrNull(NumberIn(*value.value));
+  return OrNull(commandline::SignedFrom(*value.value));
 }
 
 Json SectionJson(const BoardFile& board, BoardSection section) {

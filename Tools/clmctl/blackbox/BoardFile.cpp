@@ -1,5 +1,7 @@
 #include "BoardFile.h"
 
+#include "Arguments.h"
+
 namespace clmctl {
 namespace {
 
@@ -141,7 +143,7 @@ class BoardParser {
     value.present = true;
     if (rest.empty()) return;
     value.value = std::string(rest.substr(1));
-    if (value.label->number && !NumberIn(*value.value)) {
+    if (value.label->number && !commandline::SignedFrom(*value.value)) {
       Problem("'" + std::string(value.label->label) + "' is no number: " + Quoted(*value.value));
     }
   }
@@ -156,8 +158,6 @@ class BoardParser {
 };
 
 }  // namespace
-
-std::span<const BoardLabel> BoardLabels() { return kLabels; }
 
 BoardFile ParseBoardFile(std::string_view text) { return BoardParser(text).Parse(); }
 

@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,9 +25,6 @@ struct BoardLabel {
   bool number;             ///< its value is one
 };
 
-/// @return the lines in the order of the file
-std::span<const BoardLabel> BoardLabels();
-
 struct BoardValue {
   const BoardLabel* label;
   bool present = false;              ///< the line is there
@@ -36,7 +32,7 @@ struct BoardValue {
 };
 
 struct BoardFile {
-  std::vector<BoardValue> values;   ///< one for each of BoardLabels(), in that order
+  std::vector<BoardValue> values;   ///< one for each line that there may be, in the order of the file
   bool hasProductData = false;      ///< there is a section of the power supply or of the filter
   std::vector<ResetRecord> resets;  ///< oldest first
   std::vector<FileProblem> problems;

@@ -2,7 +2,7 @@
 /// Files of the board, as its daemon sees them.
 #pragma once
 
-#include "UniqueFd.h"
+#include "FileDescriptor.h"
 
 #include <string>
 

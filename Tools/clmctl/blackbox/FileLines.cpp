@@ -2,8 +2,6 @@
 
 #include "Screen.h"
 
-#include <charconv>
-
 namespace clmctl {
 
 FileLines::FileLines(std::string_view text) {
@@ -18,13 +16,6 @@ FileLines::FileLines(std::string_view text) {
 std::string Quoted(std::string_view text) {
   constexpr std::size_t kShown = 60;
   return "'" + Printable(text.substr(0, kShown)) + (text.size() > kShown ? "...'" : "'");
-}
-
-std::optional<i32> NumberIn(std::string_view text) {
-  i32 value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return value;
 }
 
 }  // namespace clmctl

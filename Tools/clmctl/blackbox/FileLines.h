@@ -2,10 +2,7 @@
 /// A text file taken apart into lines, and what is wrong with them.
 #pragma once
 
-#include "GloTypes.h"
-
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,8 +25,5 @@ struct FileLines {
 
 /// @return at most the beginning of @p text, printable and in quotes
 std::string Quoted(std::string_view text);
-
-/// @return the value of a text that is nothing but a decimal number of 32 bits
-std::optional<i32> NumberIn(std::string_view text);
 
 }  // namespace clmctl

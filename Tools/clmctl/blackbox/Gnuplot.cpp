@@ -1,8 +1,8 @@
 #include "Gnuplot.h"
 
 #include "CommandError.h"
+#include "FileDescriptor.h"
 #include "Screen.h"
-#include "UniqueFd.h"
 
 #include <fcntl.h>
 #include <spawn.h>

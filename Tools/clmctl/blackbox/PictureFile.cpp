@@ -1,8 +1,8 @@
 #include "PictureFile.h"
 
 #include "CommandError.h"
+#include "FileDescriptor.h"
 #include "Screen.h"
-#include "UniqueFd.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,16 +14,6 @@
 
 namespace clmctl {
 namespace {
-
-/// @return whether all was written; errno says why not
-bool WriteAll(int fd, const std::string& content) {
-  for (std::size_t done = 0; done < content.size();) {
-    const ssize_t written = write(fd, content.data() + done, content.size() - done);
-    if (written < 0 && errno != EINTR) return false;
-    if (written > 0) done += static_cast<std::size_t>(written);
-  }
-  return true;
-}
 
 /// @return the mode of a new file of this user
 mode_t NewFileMode() {

@@ -1,7 +1,7 @@
 #include "ResetNames.h"
 
+#include "Arguments.h"
 #include "CommandError.h"
-#include "Values.h"
 
 #include <strings.h>
 
@@ -64,7 +64,7 @@ u32 ParseResetName(std::span<const ResetName> names, std::string_view text, std:
   for (const ResetName& row : names) {
     if (strcasecmp(given.c_str(), row.name.data()) == 0) return row.number;
   }
-  if (const std::optional<u32> number = NumberFrom(text)) return *number;
+  if (const std::optional<u32> number = commandline::NumberFrom(text)) return *number;
   std::string known;
   for (const ResetName& row : names) known += (known.empty() ? "" : ", ") + std::string(row.name);
   throw CommandError(ExitCode::Usage,

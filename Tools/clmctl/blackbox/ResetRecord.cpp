@@ -1,5 +1,6 @@
 #include "ResetRecord.h"
 
+#include "Arguments.h"
 #include "FileLines.h"
 #include "ResetNames.h"
 #include "UtcTime.h"
@@ -54,7 +55,7 @@ bool ParseBootState(std::string_view text, ResetRecord& record) {
 
 }  // namespace
 
-std::optional<i32> ResetRecord::CounterValue() const { return NumberIn(counter); }
+std::optional<i32> ResetRecord::CounterValue() const { return commandline::SignedFrom(counter); }
 
 ResetRecord ParseResetRecord(std::string_view text) {
   ResetRecord record;

@@ -1,5 +1,7 @@
 #include "TraceFile.h"
 
+#include "Arguments.h"
+
 #include <algorithm>
 
 namespace clmctl {
@@ -105,7 +107,7 @@ class TraceParser {
     }
     for (std::size_t i = 0; i < count; ++i) {
       TraceColumn& column = m_trace.columns[i];
-      column.*member = NumberIn((*fields)[i]);
+      column.*member = commandline::SignedFrom((*fields)[i]);
       if (!(column.*member) && (*fields)[i] != kNeverMeasured) {
         Problem(index, Quoted((*fields)[i]) + " of " + Quoted(column.name) + " is neither a number nor '-'");
       }
@@ -128,7 +130,7 @@ class TraceParser {
     if (!fields) return Damaged(index, "does not end with a tab");
     TraceRow row{.line = index + 1, .state = RowState::Good, .time = *time, .readings = {}, .text = std::string(line)};
     for (const std::string_view field : *fields) {
-      const std::optional<i32> value = NumberIn(field);
+      const std::optional<i32> value = commandline::SignedFrom(field);
       row.readings.push_back({.state = value ? ReadingState::Good : ReadingState::Failed, .value = value.value_or(0)});
       if (value || field == kFailedReading) continue;
       return Damaged(index, "value " + std::to_string(row.readings.size()) + ", " + Quoted(field) +

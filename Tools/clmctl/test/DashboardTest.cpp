@@ -1,6 +1,6 @@
 #include "Dashboard.h"
 
-#include "Screen.h"
+#include "ShownLines.h"
 
 #include <gtest/gtest.h>
 
@@ -32,28 +32,28 @@ TEST(Dashboard, ShowsTheFansBelowTheTemperatures) {
 }
 
 TEST(Dashboard, CutsTheTemperaturesBeforeTheFans) {
-  const auto lines = FullDashboard().Draw({.rows = 20, .colours = false}, kStart);
+  const auto lines = FullDashboard().Draw({.columns = 80, .rows = 20}, kStart);
   ASSERT_EQ(lines.size(), 20u);
   EXPECT_NE(Joined(lines).find("GAR_FAN2"), std::string::npos);
   EXPECT_NE(Joined(lines).find("more"), std::string::npos);
 }
 
 TEST(Dashboard, ShowsItsNoteLast) {
-  EXPECT_EQ(FullDashboard().Draw({.colours = false}, kStart).back(), "something about the watch");
+  EXPECT_EQ(FullDashboard().Draw({.columns = 80, .rows = 24}, kStart).back(), "something about the watch");
 }
 
 TEST(Dashboard, OfOneTableHasNothingElse) {
   Dashboard dashboard;
   dashboard.fans.emplace("fans");
-  EXPECT_EQ(dashboard.Draw({.colours = false}, kStart).front(), "fans");
+  EXPECT_EQ(dashboard.Draw({.columns = 80, .rows = 24}, kStart).front(), "fans");
 }
 
 TEST(Dashboard, StaysWithinTheTerminal) {
   const Dashboard dashboard = FullDashboard();
   for (unsigned size = 1; size < 120; ++size) {
-    const auto lines = dashboard.Draw({.columns = size, .rows = size}, kStart);
+    const auto lines = dashboard.Draw({.columns = size, .rows = size, .colours = true}, kStart);
     ASSERT_LE(lines.size(), size);
-    for (const std::string& line : lines) ASSERT_LE(Width(line), size) << line;
+    for (const std::string& line : lines) ASSERT_LE(ShownWidth(line), size) << line;
   }
 }
 

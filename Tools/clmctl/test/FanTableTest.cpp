@@ -1,6 +1,6 @@
 #include "FanTable.h"
 
-#include "Screen.h"
+#include "ShownLines.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ FanTable TableOf(u32 rpm) {
 }
 
 TEST(FanTable, ShowsNameSpeedAndFrequency) {
-  const std::string text = Joined(TableOf(3100).Draw({.colours = false}, kStart));
+  const std::string text = Joined(TableOf(3100).Draw({.columns = 80, .rows = 24}, kStart));
   EXPECT_NE(text.find("GAR_FAN1"), std::string::npos) << text;
   EXPECT_NE(text.find("3100 rpm"), std::string::npos) << text;
   EXPECT_NE(text.find("25 kHz"), std::string::npos) << text;
@@ -28,12 +28,13 @@ TEST(FanTable, ShowsNameSpeedAndFrequency) {
 
 TEST(FanTable, TellsHowOldItsReadingsAre) {
   const FanTable table = TableOf(3100);
-  EXPECT_NE(Joined(table.Draw({.colours = false}, kStart + seconds(59))).find(" 59 s  ok"), std::string::npos);
-  EXPECT_NE(Joined(table.Draw({.colours = false}, kStart + seconds(61))).find(" 1 min 1 s  ok"), std::string::npos);
+  EXPECT_NE(Joined(table.Draw({.columns = 80, .rows = 24}, kStart + seconds(59))).find(" 59 s  ok"), std::string::npos);
+  EXPECT_NE(Joined(table.Draw({.columns = 80, .rows = 24}, kStart + seconds(61))).find(" 1 min 1 s  ok"),
+            std::string::npos);
 }
 
 TEST(FanTable, MarksAFanThatDoesNotTurn) {
-  const std::string text = Joined(TableOf(0).Draw({}, kStart));
+  const std::string text = Joined(TableOf(0).Draw({.colours = true}, kStart));
   EXPECT_NE(text.find("\x1b[1;31mstands still"), std::string::npos) << text;
 }
 
@@ -44,9 +45,9 @@ TEST(FanTable, WaitsForItsFirstIndication) {
 TEST(FanTable, StaysWithinTheTerminal) {
   const FanTable table = TableOf(0);
   for (unsigned size = 1; size < 120; ++size) {
-    const auto lines = table.Draw({.columns = size, .rows = size}, kStart);
+    const auto lines = table.Draw({.columns = size, .rows = size, .colours = true}, kStart);
     ASSERT_LE(lines.size(), size);
-    for (const std::string& line : lines) ASSERT_LE(Width(line), size) << line;
+    for (const std::string& line : lines) ASSERT_LE(ShownWidth(line), size) << line;
   }
 }
 

@@ -50,6 +50,15 @@ TEST_F(TechlogFolderTest, IsMadeWhenItIsMissing) {
   EXPECT_EQ(Text("file"), "text");
 }
 
+TEST(TechlogFolder, ThatCannotBeMadeTellsWhyItCannot) {
+  try {
+    TechlogFolder("/sys/nobody/makes/this");
+    FAIL();
+  } catch (const CommandError& error) {
+    EXPECT_EQ(std::string(error.what()).find("No such file"), std::string::npos) << error.what();
+  }
+}
+
 TEST_F(TechlogFolderTest, TellsTheSizeOfAStoredFile) {
   const std::string large(100'000, 'x');
   EXPECT_EQ(Store("file", large).sizeBytes, 100'000);

@@ -8,8 +8,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstring>
-
 namespace {
 
 /// A supervisor that listens.

@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <sstream>
 #include <vector>
 

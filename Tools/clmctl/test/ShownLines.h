@@ -16,7 +16,7 @@ inline std::string Joined(const std::vector<std::string>& lines) {
 }
 
 /// @return characters, not bytes, without colour sequences
-inline std::size_t Width(const std::string& line) {
+inline std::size_t ShownWidth(const std::string& line) {
   std::size_t width = 0;
   for (std::size_t i = 0; i < line.size(); ++i) {
     if (line[i] == '\x1b') {

@@ -1,13 +1,15 @@
 /// @file
-/// A file descriptor that is closed at the end.
+/// Files by their descriptors.
 #pragma once
 
 #include <unistd.h>
 
+#include <string_view>
 #include <utility>
 
 namespace clmctl {
 
+/// A file descriptor that is closed at the end.
 class UniqueFd {
  public:
   explicit UniqueFd(int fd = -1) : m_fd(fd) {}
@@ -26,5 +28,8 @@ class UniqueFd {
  private:
   int m_fd;
 };
+
+/// @return whether all of it was written; errno says why not
+bool WriteAll(int fd, std::string_view content);
 
 }  // namespace clmctl

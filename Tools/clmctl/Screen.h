@@ -31,6 +31,11 @@ std::string LeftAligned(std::string text, std::size_t width);
 /// @return @p text with blanks before it up to @p width columns
 std::string RightAligned(std::string text, std::size_t width);
 
+/// @return the first @p width columns of @p text, which is ASCII
+std::string Cut(const std::string& text, std::size_t width);
+/// @return @p text between the colour of an SGR code ("1;31") and the usual one; as it is where there are no colours
+std::string Coloured(const std::string& text, std::string_view code, const Screen& screen);
+
 std::string WithoutTrailingBlanks(std::string text);
 
 /// "1 row", "2 rows"

@@ -81,6 +81,12 @@ std::string RightAligned(std::string text, std::size_t width) {
   return taken < width ? std::string(width - taken, ' ') + text : text;
 }
 
+std::string Cut(const std::string& text, std::size_t width) { return text.substr(0, width); }
+
+std::string Coloured(const std::string& text, std::string_view code, const Screen& screen) {
+  return screen.colours ? "\x1b[" + std::string(code) + "m" + text + "\x1b[0m" : text;
+}
+
 std::string WithoutTrailingBlanks(std::string text) {
   text.erase(text.find_last_not_of(' ') + 1);
   return text;
