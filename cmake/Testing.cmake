@@ -29,6 +29,10 @@ function(clm_add_test name)
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main Threads::Threads)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  set(seconds 120)
+  if(CMAKE_CROSSCOMPILING)
+    set(seconds 300)  # emulation is slow
+  endif()
   gtest_discover_tests(${name} TEST_PREFIX "${ARG_PREFIX}" TEST_SUFFIX "${CLM_TEST_SUFFIX}" DISCOVERY_TIMEOUT 60
-    NO_PRETTY_VALUES PROPERTIES TIMEOUT 120 ${counted} LABELS "${ARG_LABELS}")
+    NO_PRETTY_VALUES PROPERTIES TIMEOUT ${seconds} ${counted} LABELS "${ARG_LABELS}")
 endfunction()

@@ -88,7 +88,7 @@ pid_t DaemonKeeper::Start() {
   if (pipe2(ends, O_CLOEXEC) != 0) throw SimError(ExitCode::Unreachable, "cannot make a pipe");
   const Fd readEnd(ends[0]);
   Fd writeEnd(ends[1]);
-  const pid_t child = Spawn({.command = SandboxCommand(m_state, {m_daemon}, writeEnd.Get()),
+  const pid_t child = Spawn({.command = SandboxCommand(m_state, OwnProgram(m_daemon), writeEnd.Get()),
                              .logFile = m_state.DaemonLog(),
                              .ownSession = true,
                              .inheritedFd = writeEnd.Get()});

@@ -10,7 +10,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <utility>
 
 // The C library's header lacks this in its older versions.
@@ -72,6 +74,16 @@ int Fd::Release() { return std::exchange(m_fd, -1); }
 
 void Fd::Close() {
   if (m_fd >= 0) close(Release());
+}
+
+std::vector<std::string> OwnProgram(const std::string& file, const std::vector<std::string>& arguments) {
+  std::vector<std::string> command;
+  const char* const emulator = std::getenv("BOARDSIM_EMULATOR");
+  std::istringstream words(emulator != nullptr ? emulator : "");
+  for (std::string word; words >> word;) command.push_back(word);
+  command.push_back(file);
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return command;
 }
 
 pid_t Spawn(const SpawnSettings& settings) {

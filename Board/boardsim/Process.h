@@ -26,6 +26,10 @@ class Fd {
   int m_fd;
 };
 
+/// @return the command line of a program that was built with this one. The words of the variable BOARDSIM_EMULATOR come
+///         first: without them the host could not run a board's program of another processor
+std::vector<std::string> OwnProgram(const std::string& file, const std::vector<std::string>& arguments = {});
+
 /// How a child is started.
 struct SpawnSettings {
   std::vector<std::string> command;  ///< program (found through PATH when it has no '/') and its arguments

@@ -24,8 +24,9 @@ fs::path OwnFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); 
 
 /// The host's top-level entries, one by one: /ffs and /rom need not exist on the host then.
 void BindHostRoot(std::vector<std::string>& arguments) {
-  for (const fs::directory_entry& entry : fs::directory_iterator("/")) {
-    const std::string path = entry.path();
+  // By this name, as an emulator of another processor shows that one's libraries under "/".
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/root/")) {
+    const std::string path = "/" + entry.path().filename().string();
     if (path == "/proc" || path == "/dev" || path == "/sys" || path == "/ffs" || path == "/rom") continue;
     if (entry.is_symlink()) {
       arguments.insert(arguments.end(), {"--symlink", fs::read_symlink(entry.path()), path});

@@ -90,7 +90,8 @@ void Simulator::Exit() {
 }
 
 void Simulator::StartTicks() {
-  const unsigned speed = hwapi::board::OwnBoard().clock.speed;
+  // A clock that stands still, of speed 0, is set forward.
+  const unsigned speed = std::max(hwapi::board::OwnBoard().clock.speed, 1U);
   const unsigned tickMs = std::min(kShortestTickMs * speed, kLongestTickMs);
   m_stepMs = std::max(kStepMs, tickMs / kMostSteps);
   m_stepsPerTick = (tickMs + m_stepMs - 1) / m_stepMs;

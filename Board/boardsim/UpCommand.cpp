@@ -67,8 +67,9 @@ void WriteDescription(const std::string& path, const std::string& text) {
 
 pid_t StartSimulator(const StateDirectory& state, const UpArguments& arguments, const std::string& daemon,
                      const Fd& lock) {
-  std::vector<std::string> command = {"/proc/self/exe", "simulate", "--state",   state.Root(),
-                                      "--daemon",       daemon,     "--lock-fd", std::to_string(lock.Get())};
+  std::vector<std::string> command =
+      OwnProgram(std::filesystem::read_symlink("/proc/self/exe"),
+                 {"simulate", "--state", state.Root(), "--daemon", daemon, "--lock-fd", std::to_string(lock.Get())});
   if (arguments.foreground) command.push_back("--with-parent");
   const pid_t pid = Spawn(
       {.command = std::move(command), .logFile = state.SimulatorLog(), .ownSession = true, .inheritedFd = lock.Get()});

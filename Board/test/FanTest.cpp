@@ -2,8 +2,6 @@
 #include "TestBoard.h"
 #include "Wire.h"
 
-#include <csignal>
-
 namespace boardtest {
 namespace {
 

@@ -33,7 +33,7 @@ using Clock = std::chrono::steady_clock;
   std::vector<char*> arguments;
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
-  execv(arguments.front(), arguments.data());
+  execvp(arguments.front(), arguments.data());
   _exit(127);
 }
 

@@ -13,9 +13,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<std::string> With(const std::string& program, std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), program);
-  return arguments;
+/// @return a command of this build; a program of another processor runs through the emulator that runs the tests
+std::vector<std::string> With(const std::string& program, const std::vector<std::string>& arguments) {
+  std::vector<std::string> command;
+  std::istringstream emulator(EMULATOR);
+  for (std::string word; emulator >> word;) command.push_back(word);
+  command.push_back(program);
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return command;
 }
 
 }  // namespace
@@ -27,7 +32,8 @@ BoardTest::BoardTest() {
                    {"HWAPI_BOARD", ""},
                    {"HWAPI_SYSFS", ""},
                    {"NOTIFY_SOCKET", ""},
-                   {"JOURNAL_STREAM", ""}};
+                   {"JOURNAL_STREAM", ""},
+                   {"BOARDSIM_EMULATOR", EMULATOR}};
 }
 
 BoardTest::~BoardTest() {
@@ -68,7 +74,7 @@ Result BoardTest::Boardsim(std::vector<std::string> arguments) const {
 
 Result BoardTest::Clmctl(std::vector<std::string> arguments) const { return StartClmctl(std::move(arguments))->Wait(); }
 
-Result BoardTest::Daemon() const { return boardtest::Run({CLM_PROGRAM}, m_environment); }
+Result BoardTest::Daemon() const { return boardtest::Run(With(CLM_PROGRAM, {}), m_environment); }
 
 pid_t BoardTest::DaemonPid() const {
   std::istringstream status(Boardsim({"status"}).out);

@@ -4,7 +4,6 @@
 
 #include "Sensor.h"
 
-#include <cstddef>
 #include <span>
 
 namespace ps::hwapi::common::climate {

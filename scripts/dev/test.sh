@@ -33,24 +33,33 @@ count_coverage() {
   end
 }
 
-# Runs the tests of the given presets, of the service's coverage ("coverage"), of the installed packages (the word "package") and on the emulated board ("vm"),
-# as one ctest run with one summary, which is the last thing printed.
+# ctest_of PART: what ctest has to know of the tests of a preset, or of one of these:
+#   coverage  of what the unit tests of the service reach
+#   package   of the installed packages
+#   vm        on the emulated board
+#   arm       of the bytes that the 32-bit ARM programs answer and write
+ctest_of() {
+  local name command
+  case $1 in
+    coverage) name=Coverage command="\"$PWD/scripts/coverage.py\" \"$PWD/$COVERAGE\"" ;;
+    package) name=Packages command="\"$PWD/packaging/test/installed_test.py\" \"$PWD/$PACKAGES\"" ;;
+    vm) name=EmulatedBoard command="\"$PWD/Board/vm/board_test.py\" \"$PWD/$VM_IMAGE\"" ;;
+    arm) name=SameBytesAsArm command="ctest --test-dir \"$PWD/build/armhf\" --tests-regex ^Board/SameBytesTest --no-tests=error --output-on-failure" ;;
+    *)
+      echo "subdirs(\"../$1\")"
+      return
+      ;;
+  esac
+  echo "add_test($name $command)"
+  echo "set_tests_properties($name PROPERTIES LABELS $1 TIMEOUT 600)"
+}
+
+# run_tests PART...: as one ctest run with one summary, which is the last thing printed.
 run_tests() {
   local all=build/all part
   mkdir -p $all
   for part in "$@"; do
-    if [ "$part" = coverage ]; then
-      echo "add_test(Coverage \"$PWD/scripts/coverage.py\" \"$PWD/$COVERAGE\")"
-      echo "set_tests_properties(Coverage PROPERTIES LABELS coverage TIMEOUT 600)"
-    elif [ "$part" = package ]; then
-      echo "add_test(Packages \"$PWD/packaging/test/installed_test.py\" \"$PWD/$PACKAGES\")"
-      echo "set_tests_properties(Packages PROPERTIES LABELS package TIMEOUT 600)"
-    elif [ "$part" = vm ]; then
-      echo "add_test(EmulatedBoard \"$PWD/Board/vm/board_test.py\" \"$PWD/$VM_IMAGE\")"
-      echo "set_tests_properties(EmulatedBoard PROPERTIES LABELS vm TIMEOUT 600)"
-    else
-      echo "subdirs(\"../$part\")"
-    fi
+    ctest_of "$part"
   done >$all/CTestTestfile.cmake
   echo "== tests of: $*"
   "${steady[@]}" ctest --test-dir $all -j "$JOBS" --output-on-failure --no-label-summary --no-tests=error </dev/null
@@ -63,26 +72,35 @@ build_all() {
   done
 }
 
+# Builds what the whole of ./dev test has beside the presets, and adds it to `parts`; what it cannot have it says.
+build_more_parts() {
+  if optional "the coverage" coverage; then
+    count_coverage
+    scripts/coverage.py $COVERAGE || true # the test of that name fails, too
+    parts+=" coverage"
+  fi
+  if optional "the packages" package; then
+    make_packages
+    parts+=" package"
+  fi
+  if vm_possible; then
+    vm_image
+    parts+=" vm"
+  fi
+  if arm_possible; then
+    build armhf board_test
+    parts+=" arm"
+  fi
+}
+
 dev_test() {
   dev_setup base
   house_checks
-  local presets=${CLM_TEST_PRESETS:-debug asan-ubsan tsan} coverage= package= vm=
-  [[ " $presets " != *" clang "* ]] || dev_setup clang
-  build_all $presets
-  if [ -z "${CLM_TEST_PRESETS:-}" ] && optional "the coverage" coverage; then
-    count_coverage
-    scripts/coverage.py $COVERAGE || true # a test of its own says so
-    coverage=coverage
-  fi
-  if [ -z "${CLM_TEST_PRESETS:-}" ] && optional "the packages" package; then
-    make_packages
-    package=package
-  fi
-  if [ -z "${CLM_TEST_PRESETS:-}" ] && vm_possible; then
-    vm_image
-    vm=vm
-  fi
-  run_tests $presets $coverage $package $vm
+  local parts=${CLM_TEST_PRESETS:-debug asan-ubsan tsan}
+  [[ " $parts " != *" clang "* ]] || dev_setup clang
+  build_all $parts
+  [ -n "${CLM_TEST_PRESETS:-}" ] || build_more_parts
+  run_tests $parts
 }
 
 dev_sanitize() {

@@ -7,7 +7,6 @@
 
 #include "Operation.h"
 
-#include <cstddef>
 #include <string>
 #include <vector>
 

@@ -6,7 +6,6 @@
 #include "messages/MessageIds.h"
 #include "messages/Reset.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <sstream>

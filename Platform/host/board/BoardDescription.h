@@ -34,7 +34,7 @@ struct Node {
 
 /// The board's clock.
 struct Clock {
-  unsigned speed = 1;                   ///< board seconds a second, 1 to 86400
+  unsigned speed = 1;                   ///< board seconds a second, to 86400; 0: stands still until it is set
   std::optional<std::int64_t> startMs;  ///< time at the board's start, milliseconds since 1970 UTC; none: the host's
 };
 

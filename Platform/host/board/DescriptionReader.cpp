@@ -62,7 +62,7 @@ void ReadNodeAndClock(TableReader& root, BoardDescription& description, Problems
   Take(description.node.board, node.Integer<u8>("board"));
   Take(description.node.cpu, node.Integer<u8>("cpu"));
   TableReader clock(root.Table("clock"), "[clock]", problems);
-  Take(description.clock.speed, clock.Integer<unsigned>("speed", 1, 86400));
+  Take(description.clock.speed, clock.Integer<unsigned>("speed", 0, 86400));
   description.clock.startMs = clock.DateTime("start");
   if (description.clock.startMs.value_or(0) < 0)
     clock.Reject("start", "is before 1970; the board's clock begins there");

@@ -12,9 +12,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -216,7 +218,7 @@ void Service::Run() {
       m_state->Deliver(msg);
     } else {
       // A signal handler ran, or somebody gave the endpoint back; the latter must not make the loop spin.
-      AaSysTimeSleep(1, EAaSysTimeScale_Millisec);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   }
   if (m_state->unknownMsgs == 0) return;

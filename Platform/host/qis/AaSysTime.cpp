@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <optional>
 
 namespace {
@@ -37,6 +38,17 @@ bool IsCalendarTime(const SAaTime& time) {
                                          std::chrono::day(time.day)};
   return time.year >= 1970 && time.year <= kLastYear && time.month <= 12 && time.day <= 31 && date.ok() &&
          time.hour <= 23 && time.minute <= 59 && time.second <= 59 && time.millisec <= 999;
+}
+
+/// Sleeps until a clock that stands still has been set forward by as much.
+void SleepWhileStanding(std::int64_t us) {
+  const Clock& clock = Clock::Own();
+  const std::int64_t end = clock.PassedUs() + us;
+  while (true) {
+    const std::uint32_t seen = clock.Moves();
+    if (clock.PassedUs() >= end) return;
+    clock.SleepUntilMoved(seen);
+  }
 }
 
 i32 Read(tm* (*toCalendar)(const time_t*, tm*), SAaTime* now) {
@@ -77,6 +89,10 @@ QIS_EXPORT i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
   const std::optional<std::uint64_t> us = MicrosecondsOf(amount, scale);
   if (!us) {
     return EINVAL;
+  }
+  if (Clock::Own().StandsStill()) {
+    SleepWhileStanding(static_cast<std::int64_t>(*us));
+    return 0;
   }
   timespec end{};
   ::clock_gettime(CLOCK_MONOTONIC, &end);

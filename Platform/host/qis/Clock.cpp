@@ -7,13 +7,17 @@
 #include "RunFolder.h"
 
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 namespace hwapi::qis {
@@ -56,7 +60,10 @@ struct Clock::Shared {
   std::int64_t monotonicEpochUs;
   UtcUs boardEpochUs;
   std::atomic<std::int64_t> offsetUs;
+  std::atomic<std::int64_t> passedUs;  ///< since the epoch, of a clock that stands still
+  std::atomic<std::uint32_t> moves;    ///< what its sleepers wait on
   static_assert(std::atomic<std::int64_t>::is_always_lock_free, "shared between processes");
+  static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t), "the kernel's futex has 32 bits");
 };
 
 Clock& Clock::Own() {
@@ -96,6 +103,7 @@ Clock::Shared* Clock::Map() const {
     shared->monotonicEpochUs = ReadUs(CLOCK_MONOTONIC);
     shared->boardEpochUs = described.startMs ? *described.startMs * 1000 : ReadUs(CLOCK_REALTIME);
     shared->offsetUs = 0;
+    shared->passedUs = 0;
     shared->origin = origin;
   }
   Unlock(file.Get());  // closing it would not: the mapping keeps it open
@@ -106,16 +114,47 @@ UtcUs Clock::WithoutOffset() const {
   if (m_isHostClock) {
     return ReadUs(CLOCK_REALTIME);
   }
+  if (StandsStill()) {
+    return m_shared->boardEpochUs + PassedUs();
+  }
   return m_shared->boardEpochUs + (ReadUs(CLOCK_MONOTONIC) - m_shared->monotonicEpochUs) * std::int64_t{m_speed};
 }
 
 UtcUs Clock::Now() const { return WithoutOffset() + m_shared->offsetUs.load(std::memory_order_relaxed); }
 
-void Clock::Set(UtcUs now) { m_shared->offsetUs.store(now - WithoutOffset(), std::memory_order_relaxed); }
+void Clock::Set(UtcUs now) {
+  if (StandsStill()) {
+    if (const UtcUs forward = now - Now(); forward > 0) {
+      Pass(forward);
+      return;
+    }
+  }
+  m_shared->offsetUs.store(now - WithoutOffset(), std::memory_order_relaxed);
+}
 
 std::int64_t Clock::RealNsOf(std::uint64_t boardUs) const {
-  const auto ns = static_cast<std::int64_t>(boardUs * 1000 / m_speed);
+  const auto ns = static_cast<std::int64_t>(boardUs * 1000 / std::max(m_speed, 1U));
   return boardUs == 0 ? 0 : std::max<std::int64_t>(1, ns);
+}
+
+std::int64_t Clock::PassedUs() const { return m_shared->passedUs.load(std::memory_order_acquire); }
+
+std::uint32_t Clock::Moves() const { return m_shared->moves.load(std::memory_order_acquire); }
+
+void Clock::Pass(UtcUs us) {
+  m_shared->passedUs.fetch_add(us, std::memory_order_acq_rel);
+  WakeSleepers();
+}
+
+// The sleepers are of several processes, which waiting on a std::atomic does not reach.
+
+void Clock::SleepUntilMoved(std::uint32_t seen) const {
+  ::syscall(SYS_futex, &m_shared->moves, FUTEX_WAIT, seen, nullptr, nullptr, 0);
+}
+
+void Clock::WakeSleepers() {
+  m_shared->moves.fetch_add(1, std::memory_order_acq_rel);
+  ::syscall(SYS_futex, &m_shared->moves, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
 }
 
 }  // namespace hwapi::qis

@@ -4,6 +4,8 @@
 /// Without a speed and a start in the board description it is the host's clock plus an offset. Otherwise it starts with
 /// the first process (at the described time, or now) and runs at the described speed until the host boots anew or the
 /// description changes. The offset is what AaUtcTimeSet moves.
+///
+/// A clock of speed 0 stands still. Setting it forward is how time passes then: for timers and sleeps of every process.
 #pragma once
 
 #include <cstdint>
@@ -24,8 +26,19 @@ class Clock {
 
   /// Board microseconds a real microsecond.
   unsigned Speed() const { return m_speed; }
-  /// @return how many real nanoseconds a board time of @p boardUs takes; at least 1 unless that is 0
+  bool StandsStill() const { return m_speed == 0; }
+  /// @return how many real nanoseconds a board time of @p boardUs takes; at least 1 unless that is 0; the
+  /// same time when the clock stands still
   std::int64_t RealNsOf(std::uint64_t boardUs) const;
+
+  /// Of a clock that stands still: the time that has passed since it was made.
+  std::int64_t PassedUs() const;
+  /// Of a clock that stands still: changes with every move of it and every call of WakeSleepers.
+  std::uint32_t Moves() const;
+  /// Waits until Moves() is no longer @p seen; may return early.
+  void SleepUntilMoved(std::uint32_t seen) const;
+  /// Lets everybody who sleeps look again.
+  void WakeSleepers();
 
  private:
   struct Shared;
@@ -33,6 +46,7 @@ class Clock {
   Clock();
   Shared* Map() const;
   UtcUs WithoutOffset() const;
+  void Pass(UtcUs us);
 
   unsigned m_speed;
   bool m_isHostClock;

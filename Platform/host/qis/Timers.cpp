@@ -19,6 +19,9 @@ Timers::Timers() : m_origin(std::chrono::steady_clock::now()) {}
 // Quotient and remainder are scaled apart: the product of a whole time and the speed could overflow.
 
 std::int64_t Timers::NowUs() const {
+  if (Clock::Own().StandsStill()) {
+    return Clock::Own().PassedUs();
+  }
   const std::int64_t ns = std::chrono::nanoseconds(std::chrono::steady_clock::now() - m_origin).count();
   const std::int64_t speed = Clock::Own().Speed();
   return ns / 1000 * speed + ns % 1000 * speed / 1000;
@@ -52,6 +55,9 @@ i32 Timers::Start(TAaSysTimerId* id, u32 firstUs, u32 periodUs, Message* message
   *id = number;
   if (place == m_order.begin()) {
     m_changed.notify_one();
+    if (Clock::Own().StandsStill()) {
+      Clock::Own().WakeSleepers();
+    }
   }
   return 0;
 }
@@ -77,12 +83,17 @@ void Timers::Serve() {
       m_changed.wait(lock);
       continue;
     }
+    const std::uint32_t moves = Clock::Own().Moves();  // before the time: a move in between is not slept through
     const auto [dueUs, id] = *m_order.begin();
     const std::int64_t nowUs = NowUs();
-    if (nowUs < dueUs) {
-      m_changed.wait_until(lock, RealTime(dueUs));
-    } else {
+    if (nowUs >= dueUs) {
       Expire(id, nowUs);
+    } else if (Clock::Own().StandsStill()) {
+      lock.unlock();
+      Clock::Own().SleepUntilMoved(moves);
+      lock.lock();
+    } else {
+      m_changed.wait_until(lock, RealTime(dueUs));
     }
   }
 }

@@ -22,7 +22,7 @@ namespace hwapi::qis {
 std::int64_t NextExpiry(std::int64_t dueUs, std::int64_t periodUs, std::int64_t nowUs);
 
 /// All timers of this process, served by one thread that is started with the first one. Times inside are microseconds
-/// of board time since this object was made.
+/// of board time since this object was made, or since the clock was, if that stands still.
 class Timers {
  public:
   static Timers& Own();

@@ -22,7 +22,7 @@ TEST(FanObjects, TellWhatIsKnownAndNullForTheRest) {
   EXPECT_EQ(objects[0].dump(),
             R"({"time":"T","indication":3,"fan":"GAR_FAN1","fan_number":201,"state":"ok","speed_rpm":3100,)"
             R"("pwm_frequency_hz":25000})");
-  EXPECT_EQ(objects[1]["state"], "stopped");
+  EXPECT_EQ(objects[1]["state"].get<std::string>(), "stopped");
   EXPECT_TRUE(objects[1]["pwm_frequency_hz"].is_null());
 }
 

@@ -4,11 +4,13 @@
 #include "Support.h"
 #include "Timers.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <string>
 
 namespace hwapi::test {
 namespace {
@@ -110,6 +112,61 @@ TEST(Clock, GivesReceiveTimeOutsItsSpeed) {
   const qis::UtcUs before = qis::Clock::Own().Now();
   EXPECT_EQ(AaSysComMsgReceive(3'600'000'000, nullptr), nullptr);
   EXPECT_GE(qis::Clock::Own().Now() - before, 3'600'000'000 - 3600);
+}
+
+constexpr const char* kStandingStill = "[clock]\nspeed = 0\nstart = 2024-01-31T09:30:00Z\n";
+
+/// Sets a clock that stands still forward to @p minute past half past nine.
+void SetForwardTo(u32 minute) {
+  const SAaTime time{.year = 2024, .month = 1, .day = 31, .hour = 9, .minute = 30 + minute, .second = 0, .millisec = 0};
+  EXPECT_EQ(AaUtcTimeSet(&time), 0);
+}
+
+TEST(StandingClock, ShowsTheSameTimeUntilItIsSet) {
+  const Board board(kStandingStill);
+  const qis::UtcUs before = qis::Clock::Own().Now();
+  ::usleep(2000);
+  EXPECT_EQ(qis::Clock::Own().Now(), before);
+  SetForwardTo(2);
+  EXPECT_EQ(qis::Clock::Own().Now() - before, 120'000'000);
+}
+
+TEST(StandingClock, ThatIsSetForwardEndsTheSleepsOfOtherProcesses) {
+  const Board board(kStandingStill);
+  const std::string over = board.Folder() + "/over";
+  Peer sleeper([&] {
+    AaSysTimeSleep(60, EAaSysTimeScale_Sec);
+    ::close(::creat(over.c_str(), 0600));
+  });
+  // More than once: it may not yet sleep when the clock is set for the first time.
+  EXPECT_TRUE(Eventually([&] {
+    qis::Clock::Own().Set(qis::Clock::Own().Now() + 60'000'000);
+    return ::access(over.c_str(), F_OK) == 0;
+  }));
+}
+
+TEST(StandingClock, ThatIsSetForwardExpiresTimers) {
+  const Board board(kStandingStill);
+  const TAaSysComSicad self = Serve(kServer);
+  TAaSysTimerId late = 0;
+  TAaSysTimerId early = 0;
+  ASSERT_EQ(AaSysTimermCreate(&late, 120'000'000, 0, AaSysComMsgCreate(8, 0, self)), 0);
+  ASSERT_EQ(AaSysTimermCreate(&early, 60'000'000, 60'000'000, AaSysComMsgCreate(7, 0, self)), 0);
+  EXPECT_EQ(ReceiveNumber(20'000).id, 0u) << "a wait for a message ends by itself";
+  SetForwardTo(1);
+  EXPECT_EQ(ReceiveNumber().id, 7u);
+  EXPECT_EQ(ReceiveNumber(20'000).id, 0u);
+  SetForwardTo(2);
+  EXPECT_EQ(ReceiveNumber().id + ReceiveNumber().id, 15u);
+}
+
+TEST(StandingClock, ThatIsSetBackLetsNoTimePass) {
+  const Board board(kStandingStill);
+  SetForwardTo(10);
+  const std::int64_t passed = qis::Clock::Own().PassedUs();
+  SetForwardTo(5);
+  EXPECT_EQ(UtcNow().minute, 35u);
+  EXPECT_EQ(qis::Clock::Own().PassedUs(), passed);
 }
 
 TEST(Timer, FollowsTheSpeedAndSendsCopies) {
