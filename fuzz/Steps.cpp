@@ -1,5 +1,6 @@
 #include "Steps.h"
 
+#include "messages/Autodet.h"
 #include "messages/FanControl.h"
 #include "messages/MessageIds.h"
 
@@ -79,12 +80,16 @@ constexpr std::size_t kItem = sizeof(SFanSpeedParam);
 /// Numbers of items that no payload holds, among them such whose size in 32 bits would wrap around.
 constexpr u32 kHuge[] = {8192, 0x10000, 0x10001, 0x20000001, 0x7FFFFFFF, 0x80000001, 0xFFFFFFFE, 0xFFFFFFFF};
 
-void SetNumOfItems(const Layout& layout, fake::Message& message, u32 number) {
-  for (std::size_t i = 0; i < sizeof(number); ++i) {
-    const std::size_t shift = 8 * (message.otherEndian ? sizeof(number) - 1 - i : i);
-    const std::size_t at = layout.numOfItems + i;
-    if (at < message.payload.size()) message.payload[at] = static_cast<std::uint8_t>(number >> shift);
+/// Writes a number into as much of the payload as there is.
+void Put(fake::Bytes& payload, std::size_t offset, u32 number, bool otherEndian = false) {
+  for (std::size_t i = 0; i < sizeof(number) && offset + i < payload.size(); ++i) {
+    const std::size_t shift = 8 * (otherEndian ? sizeof(number) - 1 - i : i);
+    payload[offset + i] = static_cast<std::uint8_t>(number >> shift);
   }
+}
+
+void SetNumOfItems(const Layout& layout, fake::Message& message, u32 number) {
+  Put(message.payload, layout.numOfItems, number, message.otherEndian);
 }
 
 /// Gives the payload that many items: what is too much is cut off, what is missing repeats the first one.
@@ -97,9 +102,24 @@ void Resize(const Layout& layout, fake::Message& message, std::size_t items) {
   SetNumOfItems(layout, message, static_cast<u32>(items));
 }
 
+/// Lets an indication tell of a unit that there is: in one of three slots and of every variant.
+void SetUnit(fake::Bytes& payload, std::uint8_t choice) {
+  constexpr u32 kVariants[] = {0x00, 0x0C, 0x11, 0x16};
+  constexpr std::size_t kUnit = offsetof(SApiAutodetUnitInd, unitInformation);
+  const u32 slot = 2u + choice % 3u;
+  const u32 variant = kVariants[choice / 3u % std::size(kVariants)];
+  const u32 family = 1u + choice / 12u % 6u;
+  Put(payload, kUnit + offsetof(SUnitInformation, unit_id), family << 4 | slot);
+  Put(payload, kUnit + offsetof(SUnitInformation, hw_sw_id), variant << 12);
+}
+
 /// @param shape  what is done, see kStretched
 /// @param choice any number
 void Shape(fake::Message& message, std::uint8_t shape, std::uint8_t choice) {
+  if (message.id == API_AUTODET_UNIT_IND_MSG && shape % 2 != 0) {
+    SetUnit(message.payload, choice);
+    if (shape % 4 == 3) Put(message.payload, offsetof(SApiAutodetUnitInd, autodetectionState), EAdetState_UnPlugged);
+  }
   const auto* layout =
       std::find_if(std::begin(kLayouts), std::end(kLayouts), [&](const Layout& one) { return one.id == message.id; });
   if (layout == std::end(kLayouts)) return;

@@ -98,18 +98,12 @@ TEST_F(BlackBoxBoardFileTest, EverythingIsAskedOnceInTheOrderOfTheLines) {
   std::vector<fake::Call> calls = fake::Calls();
   std::erase_if(calls, [](const fake::Call& call) { return call.function == "AaSysLogPrintE"; });
   const std::vector<fake::Call> expected = {
-      {"AaFileOpen", kBoardFile, "w"},
-      {"AaUtcTimeGet"},
-      {"ApiGetModuleProductionCode", 100},
-      {"ApiGetModuleSerialNumber", 100},
-      {"ddal_devicetree_get_isti", 0},
-      {"ddal_boot_get_reset_loop_count"},
-      {"ddal_boot_get_linux_active"},
-      {"ddal_boot_get_linux_active"},
-      {"ddal_devicetree_get_ecc_single", 0},
-      {"ddal_devicetree_get_ecc_double", 0},
-      {"AaFileWrite", fake::Bytes(kWholeFile.begin(), kWholeFile.end()), kBoardFile},
-      {"AaFileClose", kBoardFile}};
+      {"AaFileOpen", kBoardFile, "w"},       {"AaUtcTimeGet"},
+      {"ApiGetModuleProductionCode", 100},   {"ApiGetModuleSerialNumber", 100},
+      {"ddal_devicetree_get_isti", 0},       {"ddal_boot_get_reset_loop_count"},
+      {"ddal_boot_get_linux_active"},        {"ddal_boot_get_linux_active"},
+      {"ddal_devicetree_get_ecc_single", 0}, {"ddal_devicetree_get_ecc_double", 0},
+      Written(kWholeFile, kBoardFile),       {"AaFileClose", kBoardFile}};
   EXPECT_EQ(calls, expected);
 }
 
@@ -154,6 +148,14 @@ TEST_F(BlackBoxBoardFileTest, NegativeCountersStaySo) {
 
 TEST_F(BlackBoxBoardFileTest, ALongTextKeepsItsFirst99Characters) {
   fake::Unit().serialNumber = std::string(99, 's') + "lost";
+  EXPECT_EQ(NewLine("SERIAL NUMBER:"), "SERIAL NUMBER: " + std::string(99, 's') + "\n");
+}
+
+TEST_F(BlackBoxBoardFileTest, ATextWithoutItsZeroKeepsItsFirst99Characters) {
+  fake::Unit().unterminated = true;
+  fake::Unit().productionCode = std::string(99, 'p') + "-lost";
+  fake::Unit().serialNumber = std::string(99, 's') + "-lost";
+  EXPECT_EQ(NewLine("PRODUCT CODE:"), "PRODUCT CODE: " + std::string(99, 'p') + "\n");
   EXPECT_EQ(NewLine("SERIAL NUMBER:"), "SERIAL NUMBER: " + std::string(99, 's') + "\n");
 }
 

@@ -59,8 +59,7 @@ TEST_F(BlackBoxConfigFileTest, IsWrittenAtOnceAndClosed) {
   m_blackBox.createConfigFile();
   EXPECT_THAT(fake::Calls({"AaFileOpen", "AaFileWrite", "AaFileClose"}),
               ElementsAre(fake::Call("AaFileOpen", kConfigFile, "r"), fake::Call("AaFileOpen", kConfigFile, "w"),
-                          fake::Call("AaFileWrite", fake::Bytes(kWanted.begin(), kWanted.end()), kConfigFile),
-                          fake::Call("AaFileClose", kConfigFile)));
+                          Written(kWanted, kConfigFile), fake::Call("AaFileClose", kConfigFile)));
 }
 
 TEST_F(BlackBoxConfigFileTest, IsClosedBeforeItCountsAsPrepared) {

@@ -4,11 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <ostream>
 #include <string>
-#include <vector>
 
 namespace ps::hwapi::common::climate {
 namespace {

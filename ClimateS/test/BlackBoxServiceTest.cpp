@@ -127,11 +127,60 @@ INSTANTIATE_TEST_SUITE_P(Message, RecordingTriggerTest,
                                          Trigger{"StoreData", kStoreData, {1}, false}),
                          testing::PrintToStringParamName());
 
-TEST_F(BlackBoxServiceTest, FanSpeedRecordsAlsoWhenPollingCannotBeStarted) {
-  StartOn(EUnitType_Kel, EUnitVersion_Kela);
+/// A version of the request that sets the speed of fans.
+struct SpeedRequest {
+  u32 id;
+  std::vector<u32> words;
+  const char* logName;
+
+  friend std::ostream& operator<<(std::ostream& out, const SpeedRequest& request) { return out << request.logName; }
+};
+
+class RecordingAfterSpeedRequestTest : public BlackBoxServiceTest, public testing::WithParamInterface<SpeedRequest> {
+ protected:
+  RecordingAfterSpeedRequestTest() {
+    StartOn(EUnitType_Kel, EUnitVersion_Kela);
+    fake::SetFan(0, {});
+  }
+  static void Ask() { EXPECT_EQ(Refusal(Request(GetParam().id, GetParam().words)), ""); }
+  /// @return the debug line that tells the outcome
+  static fake::Call Outcome(char status) {
+    return {"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 131143,
+            std::string(GetParam().logName) + " message handled, status: 0x" + status};
+  }
+
+  const fake::Call m_recording{"AaSysComEuCreateAndStart", "BlackBoxData"};
+  const fake::Call m_answer{"AaSysComMsgSend", GetParam().id + 1};
+};
+
+TEST_P(RecordingAfterSpeedRequestTest, BeginsAlsoWhenPollingCannotBeStarted) {
   fake::FailEvery("AaSysTimermCreate");
-  Refusal(SetSpeed());
+  Ask();
   EXPECT_TRUE(Records());
+}
+
+TEST_P(RecordingAfterSpeedRequestTest, BeginsBetweenTheStartOfPollingAndTheOutcome) {
+  Ask();
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysTimermCreate"}, m_recording, Outcome('0'), m_answer}));
+}
+
+TEST_P(RecordingAfterSpeedRequestTest, BeginsBetweenAFailedStartOfPollingAndTheOutcome) {
+  fake::FailEvery("AaSysTimermCreate");
+  Ask();
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", kFanPoll}, m_recording, Outcome('1'), m_answer}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, RecordingAfterSpeedRequestTest,
+                         testing::Values(SpeedRequest{kFanSpeed, {7, 0, 1, 201, 40}, "ApiSetFanSpeedReqMsg"},
+                                         SpeedRequest{kFanSpeed2, {7, 0, 20, 1, 201, 40}, "Api2SetFanSpeedReqMsg"}),
+                         testing::PrintToStringParamName());
+
+TEST_F(BlackBoxServiceTest, RecordingBeginsOnceASpeedRequestHasSetTheState) {
+  StartOn(EUnitType_Kel, EUnitVersion_Kela);
+  Refusal(Request(kFanSpeed, {7, 0, 1, 201, 40}));
+  EXPECT_TRUE(fake::CalledInOrder({{"Service::SetUseCommonServiceState", 0},
+                                   {"Service::SetServiceStateRad", 4097},
+                                   {"AaSysComEuCreateAndStart", "BlackBoxData"}}));
 }
 
 TEST_F(BlackBoxServiceTest, LaterRequestsStartNoFurtherThreads) {
@@ -184,6 +233,14 @@ TEST_F(BlackBoxServiceTest, SpeedsAndFailedFansAreInTheFile) {
   Store();
   EXPECT_EQ(Columns(), "GAR_FAN1|GAR_FAN2|");
   EXPECT_EQ(Values(), "3000|error|");
+}
+
+TEST_F(BlackBoxServiceTest, WithoutTheFanEndpointThereAreNoColumnsOfFans) {
+  fake::FailCall("AaSysComUserRegister", 1);
+  StartOn(EUnitType_Kel, EUnitVersion_Kela);
+  Refusal(StartMeasuring(7));
+  Store();
+  EXPECT_EQ(Columns(), "KEL|KEL_ENV|KEL_INTAKE|KEL_MCU|KEL_OCXO|KEL_VORNIK|TOV|TOV_MCU|");
 }
 
 TEST_F(BlackBoxServiceTest, TheTraceGoesOnAfterAMeasurementIsStopped) {

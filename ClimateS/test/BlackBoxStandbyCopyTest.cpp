@@ -90,9 +90,38 @@ INSTANTIATE_TEST_SUITE_P(Boards, NonRunningFileSystemTest,
 TEST_F(BlackBoxStandbyCopyTest, ThePassiveImageIsNamed) {
   fake::Board().runningImage = 1;
   fake::Board().activeFileSystem = 54;
-  const std::vector<fake::LogLine> lines = LinesOfCopy();
-  EXPECT_EQ(lines.at(0), Line(kInfo, kName + " Running Sw: Passive"));
-  EXPECT_EQ(lines.at(1), Line(kInfo, kName + " Active Filesystem: 54 (0x36)"));
+  EXPECT_THAT(LinesOfCopy(), ElementsAre(Line(kInfo, kName + " Running Sw: Passive"),
+                                         Line(kInfo, kName + " Active Filesystem: 54 (0x36)"),
+                                         Line(kInfo, kName +
+                                                         " Running FS is '/ffs/run/'. Blackbox file copying "
+                                                         "succeeded to non-running FS: '" +
+                                                         kStandbyFile + "'")));
+}
+
+class InvalidImageTest : public BlackBoxStandbyCopyTest, public testing::WithParamInterface<i32> {};
+
+TEST_P(InvalidImageTest, IsNamedPassiveAndComplainedOfOnceTheActiveFileSystemIsLogged) {
+  fake::Board().runningImage = static_cast<u32>(GetParam());
+  EXPECT_THAT(LinesOfCopy(),
+              ElementsAre(Line(kInfo, kName + " Running Sw: Passive"), m_first,
+                          fake::LogLine{kError, ERadHwapi_PrintBlackboxService,
+                                        "BlackboxData::CopyFileToNonRunningFS() Invalid running file id " +
+                                            std::to_string(GetParam())}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Images, InvalidImageTest, testing::Values(2, 53, 0x7FFFFFFF, -1));
+
+TEST_F(BlackBoxStandbyCopyTest, AnInvalidImageIsNotComplainedOfWithoutTheActiveFileSystem) {
+  fake::Board().runningImage = 2;
+  fake::FailCall("ddal_boot_get_linux_active", 1, -1);
+  EXPECT_THAT(LinesOfCopy(), ElementsAre(Line(kInfo, kName + " Running Sw: Passive"),
+                                         Line(kError, kName + " Active SW Id reading failed, ddal return code: -1 "
+                                                              "(0xffffffff)")));
+}
+
+TEST_F(BlackBoxStandbyCopyTest, TheActiveFileSystemIsLoggedSignedAndInHexadecimal) {
+  fake::Board().activeFileSystem = 0xFFFFFFFF;
+  EXPECT_EQ(LinesOfCopy().at(1), Line(kInfo, kName + " Active Filesystem: -1 (0xffffffff)"));
 }
 
 /// What the board says, and what is wrong with it.

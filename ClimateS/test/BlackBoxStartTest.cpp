@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
-#include <vector>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -180,24 +179,40 @@ TEST_F(BlackBoxStartTest, TheEndOfOneThatWasNeverInitializedDestroysNothing) {
   EXPECT_THAT(fake::Calls("AaSemDestroy"), IsEmpty());
 }
 
+const std::string kOther = "/ffs/other/file";
+
 /// A tag, what follows its text in the line of a failure, and how often files were registered before it.
 struct Tag {
   const char* name;
   bool resultLogged;
   std::size_t registeredBefore;
+  const std::string& changed;  ///< file that is another one when the tag names kOther
+  const char* beginning;       ///< of that file
 
   std::string FullName() const { return std::string("app.hwapi.blackbox.") + name; }
   friend std::ostream& operator<<(std::ostream& out, const Tag& tag) { return out << tag.name; }
 };
 
-constexpr Tag kTags[] = {
-    {.name = "config.file", .resultLogged = true, .registeredBefore = 0},
-    {.name = "file", .resultLogged = true, .registeredBefore = 0},
-    {.name = "temperature.file", .resultLogged = true, .registeredBefore = 1},
-    {.name = "alarms.file", .resultLogged = true, .registeredBefore = 2},
-    {.name = "oam.alarms.file", .resultLogged = false, .registeredBefore = 3},
-    {.name = "sfp.file", .resultLogged = true, .registeredBefore = 3},
-    {.name = "oam.sfp.file", .resultLogged = false, .registeredBefore = 4},
+const Tag kTags[] = {
+    {.name = "config.file",
+     .resultLogged = true,
+     .registeredBefore = 0,
+     .changed = kOther,
+     .beginning = "# temperature log"},
+    {.name = "file", .resultLogged = true, .registeredBefore = 0, .changed = kOther, .beginning = "TIMESTAMP: "},
+    {.name = "temperature.file",
+     .resultLogged = true,
+     .registeredBefore = 1,
+     .changed = kOther,
+     .beginning = "#MINMAX:"},
+    {.name = "alarms.file", .resultLogged = true, .registeredBefore = 2, .changed = kOther, .beginning = "alarms"},
+    {.name = "oam.alarms.file",
+     .resultLogged = false,
+     .registeredBefore = 3,
+     .changed = kAlarmsFile,
+     .beginning = "other"},
+    {.name = "sfp.file", .resultLogged = true, .registeredBefore = 3, .changed = kOther, .beginning = "sfp"},
+    {.name = "oam.sfp.file", .resultLogged = false, .registeredBefore = 4, .changed = kSfpFile, .beginning = "other"},
 };
 
 class BlackBoxTagTest : public BlackBoxStartTest, public testing::WithParamInterface<Tag> {
@@ -225,14 +240,43 @@ TEST_P(BlackBoxTagTest, ItsFailureIsLogged) {
 }
 
 TEST_P(BlackBoxTagTest, CountsAsReadWithAValueWhateverTheResult) {
-  fake::AnswerTagGet(GetParam().FullName(), 13, kLifedata + "other");
-  EXPECT_EQ(InitOnce(), 1u);
+  fake::SetFile(kOamAlarmsFile, "alarms");
+  fake::SetFile(kOamSfpFile, "sfp");
+  for (const int result : {13, -1}) {
+    fake::RemoveAll(GetParam().changed);
+    fake::SetFile(kOther, "other");
+    BlackBoxData blackBox;
+    fake::AnswerTagGet(GetParam().FullName(), result, kOther);
+    EXPECT_EQ(blackBox.init(EUnitType_Kel), 1u) << result;
+    blackBox.createDataFiles();
+    blackBox.writeTempAndSpeedDataToFile();
+    EXPECT_THAT(File(GetParam().changed), testing::StartsWith(GetParam().beginning)) << result;
+    for (const fake::TrblFile& file : fake::TrblFiles()) AaTrblFileUnregister(file.name.c_str());
+  }
 }
 
 TEST_P(BlackBoxTagTest, CountsAsReadWithTheResultZeroAndNoValue) {
   fake::AnswerTagGet(GetParam().FullName(), 0, std::nullopt);
   InitOnce();
   EXPECT_FALSE(fake::HasLogLine(kError, Failure(0)));
+}
+
+TEST_F(BlackBoxStartTest, ATagOfTheOtherSideWithoutAValueIsAnEmptyPath) {
+  fake::AnswerTagGet("app.hwapi.blackbox.oam.alarms.file", 0, std::nullopt);
+  fake::AnswerTagGet("app.hwapi.blackbox.oam.sfp.file", 0, std::nullopt);
+  Init();
+  m_blackBox.createDataFiles();
+  const std::string operation = "BlackBoxData::copy";
+  EXPECT_THAT(
+      fake::LogTexts(kWarning),
+      testing::IsSupersetOf({operation + "AlarmsFile(): File  does not exist, can't create " + kAlarmsFile + ".",
+                             operation + "SfpFile(): File  does not exist, can't create " + kSfpFile + "."}));
+}
+
+TEST_F(BlackBoxStartTest, TheTagOfTheConfigurationFileWithoutAValueIsAnEmptyPath) {
+  fake::AnswerTagGet("app.hwapi.blackbox.config.file", 0, std::nullopt);
+  EXPECT_EQ(InitOnce(), 0u);
+  EXPECT_EQ(fake::LogLines().back(), Line(kError, "BlackBoxData::createConfigFile(): Failed to open "));
 }
 
 INSTANTIATE_TEST_SUITE_P(Tag, BlackBoxTagTest, testing::ValuesIn(kTags),
@@ -257,6 +301,16 @@ TEST_P(BlackBoxRegistrationTest, ItsFailureEndsTheStart) {
               ElementsAre(Line(kError, "BlackBoxData::init(): Failed to get register file app.hwapi.blackbox." +
                                            std::string(GetParam().tag) + " to AaTrbl, ret=7")));
   EXPECT_EQ(fake::Calls({"AaConfigTagGet", "AaTrblFileRegister"}).back().function, "AaTrblFileRegister");
+}
+
+TEST_P(BlackBoxRegistrationTest, OfATagWithoutAValueEndsTheStart) {
+  const std::string tag = "app.hwapi.blackbox." + std::string(GetParam().tag);
+  fake::ClearLog();
+  fake::AnswerTagGet(tag, 0, std::nullopt);
+  EXPECT_EQ(InitOnce(), 0u);
+  EXPECT_EQ(fake::Calls("AaTrblFileRegister").back(), fake::Call("AaTrblFileRegister", "", "", 0, 0));
+  EXPECT_THAT(fake::LogLines(), ElementsAre(Line(kError, "BlackBoxData::init(): Failed to get register file " + tag +
+                                                             " to AaTrbl, ret=1")));
 }
 
 INSTANTIATE_TEST_SUITE_P(File, BlackBoxRegistrationTest,

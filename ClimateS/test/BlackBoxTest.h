@@ -87,6 +87,11 @@ class BlackBoxTest : public fake::PlatformTest {
   /// @return what is in a file; "(no file)" when there is none
   static std::string File(const std::string& path) { return fake::FileContent(path).value_or("(no file)"); }
 
+  /// @return the write of a text, whose items are its bytes
+  static fake::Call Written(const std::string& text, const std::string& path) {
+    return {"AaFileWrite", fake::Bytes(text.begin(), text.end()), path, 1, text.size()};
+  }
+
   /// @return a log line of the service
   static fake::LogLine Line(EAaSysLogSeverityLevel level, const std::string& text) { return {level, 131143, text}; }
 

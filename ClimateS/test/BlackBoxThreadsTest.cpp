@@ -103,6 +103,16 @@ TEST_F(BlackBoxThreadsTest, WithoutTheFileThreadRecordingDoesNotBegin) {
                           "ret = 11"));
 }
 
+TEST_F(BlackBoxThreadsTest, AfterAFailureOfTheFileThreadTheNextBeginningStartsBothAnew) {
+  Init();
+  fake::FailCall("AaSysComEuCreateAndStart", 2);
+  m_blackBox.enableTemperatureTrace();
+  EXPECT_EQ(m_blackBox.enableTemperatureTrace(), 1u);
+  std::vector<void* (*)(void*)> entries;
+  for (const fake::StartedThread& thread : fake::StartedThreads()) entries.push_back(thread.entry);
+  EXPECT_THAT(entries, ElementsAre(&waitingForTheSnapshotTmo, &waitingForTheSnapshotTmo, &waitingForTheFileStoringTmo));
+}
+
 TEST_F(BlackBoxThreadsTest, AfterAFailureTheBeginningMayBeTriedAgain) {
   Init();
   fake::FailCall("AaSysComEuCreateAndStart");
@@ -287,6 +297,19 @@ TEST_F(RunningThreadsTest, SnapshotsComeEverySixtySeconds) {
             "2024-06-15T12:01:00.000Z\t\n2024-06-15T12:02:00.000Z\t\n2024-06-15T12:03:00.000Z\t\n");
 }
 
+TEST_F(RunningThreadsTest, SnapshotsAreOfTheOneBlackBoxOfTheProcess) {
+  BlackBoxData other;
+  for (const fake::TrblFile& file : fake::TrblFiles()) AaTrblFileUnregister(file.name.c_str());
+  EXPECT_EQ(other.init(EUnitType_Kel), 1u);
+  EXPECT_EQ(other.enableTemperatureTrace(), 1u);
+  constexpr unsigned kSnapshotThreadOfTheOther = 3;
+  Run(kSnapshotThreadOfTheOther, 2);
+  other.writeTempAndSpeedDataToFile();
+  EXPECT_EQ(Snapshots(), 0);
+  m_blackBox.writeTempAndSpeedDataToFile();
+  EXPECT_EQ(Snapshots(), 2);
+}
+
 TEST_F(RunningThreadsTest, TheRingSpansThreeHours) {
   Run(kSnapshotThread, 200);
   m_blackBox.writeTempAndSpeedDataToFile();
@@ -314,6 +337,23 @@ TEST_F(RunningThreadsTest, TheFileThreadWritesTheFilesOnceADay) {
   Run(kFileThread, 1);
   EXPECT_EQ(Rewrites(kTraceFile), 1u);
   EXPECT_EQ(Snapshots(), 1);
+}
+
+/// The snapshot thread of a recording that could not begin.
+class LoneSnapshotThreadTest : public BlackBoxThreadsTest {
+ protected:
+  LoneSnapshotThreadTest() : BlackBoxThreadsTest(BlackBoxData::getInstance()) {
+    Init();
+    fake::FailCall("AaSysComEuCreateAndStart", 2);
+    EXPECT_EQ(m_blackBox.enableTemperatureTrace(), 0u);
+  }
+};
+
+TEST_F(LoneSnapshotThreadTest, TakesSnapshotsWithoutRecording) {
+  EXPECT_EQ(fake::RunThread("BlackBoxData", 3), fake::ThreadEnd::Sleeping);
+  EXPECT_EQ(m_blackBox.isTemperatureTraceEnabled(), 0u);
+  m_blackBox.writeTempAndSpeedDataToFile();
+  EXPECT_EQ(Snapshots(), 3);
 }
 
 }  // namespace

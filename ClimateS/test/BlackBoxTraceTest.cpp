@@ -33,6 +33,16 @@ class BlackBoxTraceTest : public BlackBoxTest {
     return text;
   }
 
+  /// Lets the next operation neither wait for the semaphore nor post it.
+  static void LeaveSemaphoreAlone() {
+    fake::FailCall("AaSemWait");
+    fake::FailCall("AaSemPost");
+  }
+  std::string RingWithoutSemaphore() {
+    LeaveSemaphoreAlone();
+    return Ring();
+  }
+
   /// Lets the trace file hold these lines behind its head, and starts the black box with it.
   void StartWithLines(const std::string& lines) { StartWithFile(kEmptyHead + lines); }
   void StartWithFile(const std::string& content) {
@@ -99,6 +109,25 @@ TEST_F(BlackBoxTraceTest, ASnapshotReadsTheClockOnceThenHoldsTheSemaphore) {
   std::vector<std::string> functions;
   for (const fake::Call& call : fake::Calls()) functions.push_back(call.function);
   EXPECT_THAT(functions, ElementsAre("AaUtcTimeGet", "AaSysLogPrintE", "AaSemWait", "AaSemPost"));
+}
+
+TEST_F(BlackBoxTraceTest, ASnapshotEntersTheRingWhileTheSemaphoreIsHeld) {
+  StartWithLines(Lines(1, 180));
+  std::string taken, given;
+  fake::OnSemaphoreTaken([&] { taken = RingWithoutSemaphore(); });
+  fake::OnSemaphorePost([&] { given = RingWithoutSemaphore(); });
+  m_blackBox.takeSnapshot();
+  EXPECT_EQ(taken, Lines(1, 180));
+  EXPECT_EQ(given, Lines(2, 180) + "2024-06-15T12:00:00.000Z\t\n");
+}
+
+TEST_F(BlackBoxTraceTest, TheRingIsReadWhileTheSemaphoreIsHeld) {
+  Init();
+  fake::OnSemaphoreTaken([&] {
+    LeaveSemaphoreAlone();
+    m_blackBox.takeSnapshot();
+  });
+  EXPECT_EQ(Ring(), "2024-06-15T12:00:00.000Z\t\n");
 }
 
 TEST_F(BlackBoxTraceTest, ASnapshotDoesNotNeedRecording) {
@@ -185,9 +214,6 @@ TEST_F(BlackBoxTraceTest, TheHeadIsWrittenAtOnceAndEachLineForItselfUnderTheSema
   StartWithLines("one\ntwo\n");
   fake::Clear();
   m_blackBox.writeTempAndSpeedDataToFile();
-  const auto written = [](const std::string& text) {
-    return fake::Call("AaFileWrite", fake::Bytes(text.begin(), text.end()), kTraceFile);
-  };
   std::vector<fake::Call> calls = fake::Calls();
   std::erase_if(calls, [](const fake::Call& call) { return call.function == "AaSysLogPrintE"; });
   ASSERT_EQ(calls.size(), 7u);
@@ -195,8 +221,9 @@ TEST_F(BlackBoxTraceTest, TheHeadIsWrittenAtOnceAndEachLineForItselfUnderTheSema
   EXPECT_EQ(calls[5].function, "AaSemPost");
   calls.erase(calls.begin() + 5);
   calls.erase(calls.begin() + 2);
-  EXPECT_THAT(calls, ElementsAre(fake::Call("AaFileOpen", kTraceFile, "w"), written(kEmptyHead), written("one\n"),
-                                 written("two\n"), fake::Call("AaFileClose", kTraceFile)));
+  EXPECT_THAT(calls, ElementsAre(fake::Call("AaFileOpen", kTraceFile, "w"), Written(kEmptyHead, kTraceFile),
+                                 Written("one\n", kTraceFile), Written("two\n", kTraceFile),
+                                 fake::Call("AaFileClose", kTraceFile)));
 }
 
 TEST_F(BlackBoxTraceTest, WritingIsLoggedBeforeTheFileIsOpened) {
@@ -335,6 +362,12 @@ TEST_F(BlackBoxTraceTest, ALongLineArrivesInPiecesThatEachCountAsOne) {
   StartWithLines(line);
   EXPECT_TRUE(fake::Logged(kDebug, LinesRead(3)));
   EXPECT_EQ(Ring(), line);
+}
+
+TEST_F(BlackBoxTraceTest, TheRestOfALongColumnRowCountsAsTheFirstLine) {
+  StartWithFile("#TEMPANDSPEED\n#" + std::string(1022, 'c') + "rest\none\n");
+  EXPECT_TRUE(fake::Logged(kDebug, LinesRead(2)));
+  EXPECT_EQ(Ring(), "rest\none\n");
 }
 
 TEST_F(BlackBoxTraceTest, ALineEndsAtItsFirstZero) {

@@ -1,8 +1,6 @@
 /// The polling of fans: its timer's expiries, and the speed indications that they bring.
 #include "FanTest.h"
 
-#include <algorithm>
-
 namespace ps::hwapi::common::climate {
 namespace {
 
@@ -259,6 +257,18 @@ TEST_F(FanSpeedIndicationTest, IsSentAlsoWhenNoFanCanBeRead) {
   for (const u32 fan : {0u, 1u}) fake::SetFan(fan, {.rpm = 3000, .readError = -2});
   EXPECT_EQ(Poll().payload, Words({7, 2, 201, 0, 0, 0, 202, 0, 0, 0}));
   EXPECT_EQ(Warnings().size(), 6u);
+}
+
+TEST_F(FanSpeedIndicationTest, NothingOfAFailedReadIsReportedWhateverTheDriverLeft) {
+  fake::SetFan(0, {.readError = -2, .garbage = 5000});
+  EXPECT_EQ(Poll().payload, Words({7, 2, 201, 0, 0, 0, 202, 0, 3100, 2}));
+}
+
+TEST_F(FanSpeedIndicationTest, OfAFailedReadOnlyAFrequencyThatTheDriverLeftIsLogged) {
+  fake::SetFan(0, {.readError = -2, .garbage = 5000});
+  Poll();
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Info,
+                           "GAR_FAN1: rotating speed: 0 (RPM), control value: 0, PWM frequency: 5kHz"));
 }
 
 TEST_F(FanSpeedIndicationTest, IsSentAlsoWhenTheNextExpiryCannotBeArmed) {

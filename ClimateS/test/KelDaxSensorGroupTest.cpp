@@ -2,8 +2,6 @@
 #include "KelDaxSensorGroup.h"
 #include "ServiceOnBoard.h"
 
-#include <algorithm>
-
 namespace ps::hwapi::common::climate {
 namespace {
 
@@ -64,6 +62,16 @@ TEST_F(KelDaxSensorGroupTest, ReadsTheSensorsOfOneSlot) {
   Plug(1, kBasic);
   Plug(3, kM);
   EXPECT_EQ(CodesOf(1), (std::vector<u32>{12, 13, 14, 15, 16, 17, 18}));
+  EXPECT_EQ(CodesOf(3), (std::vector<u32>{26, 27, 28, 29, 30, 31, 32, 64, 65, 66, 69}));
+}
+
+TEST_F(KelDaxSensorGroupTest, ReadsTheSensorsOfASlotBehindThoseOfTheSlotsBeforeIt) {
+  Plug(1, kBasic);
+  Plug(2, kP);
+  EXPECT_EQ(CodesOf(2), (std::vector<u32>{19, 20, 21, 22, 23, 24, 25, 68}));
+  Plug(3, kM);
+  EXPECT_EQ(CodesOf(1), (std::vector<u32>{12, 13, 14, 15, 16, 17, 18}));
+  EXPECT_EQ(CodesOf(2), (std::vector<u32>{19, 20, 21, 22, 23, 24, 25, 68}));
   EXPECT_EQ(CodesOf(3), (std::vector<u32>{26, 27, 28, 29, 30, 31, 32, 64, 65, 66, 69}));
 }
 
@@ -229,6 +237,16 @@ TEST_F(PluggableUnitsTest, IndicationOfThreeLargeUnitsHoldsThemAll) {
   const fake::Message indication = Poll(4);
   EXPECT_EQ(indication.payload.size(), 1064u);
   EXPECT_EQ(WordAt(indication, 8 + 32 * 32), 69u);
+}
+
+TEST_F(PluggableUnitsTest, IndicationOfOneUnitReadsItsOwnDevicesBesideOtherUnits) {
+  for (const u32 unitId : {0x12u, 0x13u, 0x14u}) Indicate(unitId, kBasic);
+  for (const u32 board : {2u, 3u, 4u}) {
+    Poll(board - 1);
+    std::vector<fake::Call> reads;
+    for (u32 i = 0; i < 7; ++i) reads.emplace_back("ddal_temp_get_curr", board << 16 | i);
+    EXPECT_EQ(fake::Calls("ddal_temp_get_curr"), reads);
+  }
 }
 
 TEST_F(PluggableUnitsTest, RunningMeasurementFollowsUnitsThatComeAndGo) {

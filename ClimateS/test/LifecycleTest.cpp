@@ -44,6 +44,11 @@ TEST_F(LifecycleTest, ConstructionRegistersNoHandler) { EXPECT_THAT(fake::Regist
 
 TEST_F(LifecycleTest, ConstructionMakesTheOptionVKnown) { EXPECT_EQ(Parse({"-V"}), ""); }
 
+TEST_F(LifecycleTest, TheUsageShowsTheOptionVWithItsMeaning) {
+  EXPECT_EQ(fake::Calls("ArgumentParser::AddOption"),
+            std::vector{fake::Call("ArgumentParser::AddOption", "-V Verbose\n")});
+}
+
 TEST_F(LifecycleTest, NoOtherOptionIsKnown) { EXPECT_NE(Parse({"-v"}), ""); }
 
 TEST_F(LifecycleTest, ARedundancyCommandIsAnsweredReady) {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -38,6 +39,23 @@ class MainDeathTest : public fake::PlatformTest {
   }
 };
 
+bool g_tellHowItEnded = false;
+
+/// Prints the tags of the endpoints and which of those were deregistered, if a test asked for it.
+void TellHowItEnded() {
+  if (!g_tellHowItEnded) return;
+  for (const char* endpoint : {"4b6", "4ad", "4d9"}) {
+    const auto tag = fake::TagValue(std::string("app.hwapi.online.") + endpoint);
+    std::fprintf(stderr, "; %s is %d", endpoint, tag ? tag->front() : 0);
+  }
+  for (const fake::Call& call : fake::Calls("AaSysComUserDeregister")) {
+    std::fprintf(stderr, "; without %x", static_cast<unsigned>(call.arguments.at(0).Number()));
+  }
+}
+
+/// Runs before the service is constructed, and so lets what it registers run after the service is destroyed.
+__attribute__((constructor(101))) void RegisterForTheEnd() { std::atexit(TellHowItEnded); }
+
 /// A service whose initialisation fails in a way of the test.
 template <typename Failure>
 class FailingService : public Service {
@@ -62,6 +80,14 @@ TEST_F(MainDeathTest, AFailedInitialisationIsPrintedWithoutALineEndAndReturnsZer
   EXPECT_EXIT(std::exit(Run()), ExitedWithCode(0),
               MatchesRegex("Initialization failed: HWAPI_BLACKBOX Service SysCom registration failed "
                            "\\(file: ClimateService\\.cpp, line: [1-9][0-9]* \\)"));
+}
+
+TEST_F(MainDeathTest, AFailedInitialisationGivesTheEndpointsBackAndTakesThemOffline) {
+  fake::FailCall("AaSysComUserRegister", 2);
+  g_tellHowItEnded = true;
+  EXPECT_EXIT(std::exit(Run()), ExitedWithCode(0),
+              testing::EndsWith("; 4b6 is 7; 4ad is 7; 4d9 is 7; without 4b6; without 4ad; without 4d9"));
+  g_tellHowItEnded = false;
 }
 
 TEST_F(MainDeathTest, PrintsReasonDescriptionFileAndLine) {

@@ -165,7 +165,7 @@ u32 AaFileWrite(const void* data, u32 size, u32 count, TAaFile* file) {
   const auto* bytes = static_cast<const char*>(data);
   const std::size_t length = bytes != nullptr ? std::size_t{size} * count : 0;
   const Value copy = bytes != nullptr ? Value(Bytes(bytes, bytes + length)) : Value(nullptr);
-  const auto failure = Record({"AaFileWrite", copy, PathOf(open)});
+  const auto failure = Record({"AaFileWrite", copy, PathOf(open), size, count});
   if (open == nullptr || !open->writing || bytes == nullptr) return 0;
   if (failure) {
     open->failed = true;

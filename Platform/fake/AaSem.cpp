@@ -2,12 +2,15 @@
 
 #include "Internal.h"
 #include "fake/Recorder.h"
+#include "fake/Semaphores.h"
 
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
+#include <utility>
 
 struct TAaSem {
   u32 number = 0;
@@ -27,6 +30,8 @@ constexpr std::chrono::seconds kLongestWait(10);
 /// All semaphores ever created: they outlive Reset, as the objects that hold them may.
 struct Semaphores {
   std::map<const TAaSem*, std::unique_ptr<TAaSem>> all;
+  std::function<void()> onTaken;
+  std::function<void()> onPost;
 };
 
 Semaphores& TheSemaphores() {
@@ -43,9 +48,35 @@ TAaSem* Find(TAaSem* semaphore, const char* function) {
   return nullptr;
 }
 
+/// Runs what a test asked for, without holding the mutex.
+void Run(std::function<void()> Semaphores::*action) {
+  std::function<void()> copy;
+  {
+    const Lock lock;
+    copy = TheSemaphores().*action;
+  }
+  if (copy) copy();
+}
+
 Value NumberOf(const TAaSem* semaphore) { return semaphore != nullptr ? Value(semaphore->number) : Value(nullptr); }
 
 }  // namespace
+
+void OnSemaphoreTaken(std::function<void()> action) {
+  const Lock lock;
+  TheSemaphores().onTaken = std::move(action);
+}
+
+void OnSemaphorePost(std::function<void()> action) {
+  const Lock lock;
+  TheSemaphores().onPost = std::move(action);
+}
+
+void internal::ResetSemaphores() {
+  OnSemaphoreTaken({});
+  OnSemaphorePost({});
+}
+
 }  // namespace fake
 
 using namespace fake;
@@ -75,14 +106,19 @@ i32 AaSemWait(TAaSem* semaphore) {
     return EDEADLK;
   }
   --found->count;
+  lock.unlock();
+  Run(&Semaphores::onTaken);
   return 0;
 }
 
 i32 AaSemPost(TAaSem* semaphore) {
-  const Lock lock;
+  std::unique_lock lock(Mutex());
   TAaSem* found = Find(semaphore, "AaSemPost");
   if (const auto failure = Record({"AaSemPost", NumberOf(found)})) return *failure;
   if (found == nullptr) return EINVAL;
+  lock.unlock();
+  Run(&Semaphores::onPost);
+  lock.lock();
   ++found->count;
   found->changed.notify_one();
   return 0;

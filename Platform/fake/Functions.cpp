@@ -76,6 +76,7 @@ constexpr Function kFunctions[] = {
     {.name = "ApiGetLocalUnitVersion", .failing = Failing::Zero},
     {.name = "ApiGetModuleProductionCode", .failing = Failing::Zero},
     {.name = "ApiGetModuleSerialNumber", .failing = Failing::Zero},
+    {.name = "ArgumentParser::AddOption", .failing = Failing::Never},
     {.name = "Service::AddMsgDelegate", .failing = Failing::Never},
     {.name = "Service::Exit", .failing = Failing::Never},
     {.name = "Service::HandleConfigTagChange", .failing = Failing::Never},

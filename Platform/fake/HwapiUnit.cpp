@@ -30,6 +30,7 @@ u32 AnswerText(const char* function, const std::string& text, char* buffer, u32 
   if (const auto failure = Record({function, size})) return static_cast<u32>(*failure);
   if (buffer == nullptr || size == 0) return 0;
   std::snprintf(buffer, size, "%s", text.c_str());
+  if (Unit().unterminated && text.size() >= size) buffer[size - 1] = text[size - 1];
   return 1;
 }
 

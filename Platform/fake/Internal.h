@@ -41,6 +41,7 @@ void ResetTime();
 void ResetConfig();
 void ResetFiles();
 void ResetLog();
+void ResetSemaphores();
 void ResetTemperatures();
 void ResetFans();
 void ResetRf();

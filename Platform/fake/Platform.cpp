@@ -22,6 +22,7 @@ void Reset() {
   internal::ResetConfig();
   internal::ResetFiles();
   internal::ResetLog();
+  internal::ResetSemaphores();
   internal::ResetTemperatures();
   internal::ResetFans();
   internal::ResetRf();

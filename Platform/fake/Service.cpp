@@ -70,6 +70,7 @@ ArgumentParser::ArgumentParser() : m_state(std::make_unique<State>()) {}
 ArgumentParser::~ArgumentParser() = default;
 
 void ArgumentParser::AddOption(const std::string& text) {
+  Record({"ArgumentParser::AddOption", text});
   const std::size_t begin = text.starts_with('-') ? 1 : 0;
   m_state->known.push_back(text.substr(begin, text.find(' ') - begin));
 }

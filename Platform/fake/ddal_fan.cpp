@@ -24,8 +24,9 @@ int Get(const char* function, ddal_fan_id_t id, int Fan::*datum, int* value) {
   if (value == nullptr) return DDAL_ERR_INVALID;
   const auto fan = TheFans().find(id);
   if (fan == TheFans().end()) return DDAL_ERR_NO_DEVICE;
-  if (fan->second.readError == DDAL_OK) *value = fan->second.*datum;
-  return fan->second.readError;
+  const Fan& state = fan->second;
+  *value = state.readError == DDAL_OK ? state.*datum : state.garbage.value_or(*value);
+  return state.readError;
 }
 
 /// Sets one datum of a fan.

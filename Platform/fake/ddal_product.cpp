@@ -17,9 +17,10 @@ int AnswerText(const std::map<u32, std::string>& texts, u32 selector, void* out)
   if (out == nullptr) return DDAL_ERR_INVALID;
   const auto found = texts.find(selector);
   if (found == texts.end()) return DDAL_ERR_NO_DEVICE;
-  const std::size_t length = std::min<std::size_t>(found->second.size(), DDAL_PRODUCT_DATA_SIZE - 1);
+  const std::size_t room = DDAL_PRODUCT_DATA_SIZE - (Board().unterminated ? 0 : 1);
+  const std::size_t length = std::min<std::size_t>(found->second.size(), room);
   std::memcpy(out, found->second.data(), length);
-  static_cast<char*>(out)[length] = '\0';
+  if (length < DDAL_PRODUCT_DATA_SIZE) static_cast<char*>(out)[length] = '\0';
   return DDAL_OK;
 }
 

@@ -25,6 +25,14 @@ TEST_F(Files, AWriteThatFailsMakesTheCloseFail) {
   EXPECT_EQ(fake::FileContent("/d/f"), "old");
 }
 
+TEST_F(Files, AWriteTellsItsBytesThenTheSizeAndTheNumberOfItsItems) {
+  TAaFile* file = AaFileOpen("/f", "w");
+  AaFileWrite("aabb", 2, 2, file);
+  AaFileClose(file);
+  EXPECT_EQ(fake::Calls("AaFileWrite"),
+            std::vector<fake::Call>{fake::Call("AaFileWrite", fake::Bytes{'a', 'a', 'b', 'b'}, "/f", 2, 2)});
+}
+
 TEST_F(Files, ACloseThatFailsKeepsTheOldContent) {
   fake::SetFile("/d/f", "old");
   fake::FailCall("AaFileClose", 1, ENOSPC);

@@ -42,6 +42,16 @@ TEST_F(Hardware, AFanFailsReadsAndWritesForItself) {
   EXPECT_EQ(ddal_fan_set_pwm(2, 55), DDAL_ERR_IO);
 }
 
+TEST_F(Hardware, AFanThatFailsMayLeaveGarbage) {
+  int value = 1;
+  fake::SetFan(2, {.readError = DDAL_ERR_IO});
+  EXPECT_EQ(ddal_fan_get_rpm(2, &value), DDAL_ERR_IO);
+  EXPECT_EQ(value, 1);
+  fake::SetFan(2, {.readError = DDAL_ERR_IO, .garbage = 5555});
+  EXPECT_EQ(ddal_fan_get_rpm(2, &value), DDAL_ERR_IO);
+  EXPECT_EQ(value, 5555);
+}
+
 TEST_F(Hardware, ARegisterMayDifferFromTheRestOfItsChip) {
   fake::SetRfAsic(0, 1);
   fake::SetRfRegister(0, 0x20, 5);
@@ -67,6 +77,18 @@ TEST_F(Hardware, ProductDataAreTextsOrNumbers) {
   EXPECT_STREQ(out, "V");
   ddal_filter_get_product_data(DDAL_FILTER_HWSWID, out);
   EXPECT_EQ(0, std::memcmp(out, fake::BytesOf(i32{-2}).data(), sizeof(i32)));
+}
+
+TEST_F(Hardware, TextsMayFillTheirBuffersWithoutAZero) {
+  fake::Board().unterminated = true;
+  fake::Board().psu[DDAL_PSU_VENDOR] = std::string(150, 'v');
+  char out[DDAL_PRODUCT_DATA_SIZE] = {};
+  ddal_psu_get_product_data(DDAL_PSU_VENDOR, out);
+  EXPECT_EQ(std::string(out, sizeof out), std::string(DDAL_PRODUCT_DATA_SIZE, 'v'));
+  fake::Unit().unterminated = true;
+  fake::Unit().serialNumber = "K9000000001";
+  EXPECT_EQ(ApiGetModuleSerialNumber(out, 4), 1u);
+  EXPECT_EQ(std::string(out, 4), "K900");
 }
 
 }  // namespace

@@ -25,6 +25,22 @@ TEST_F(Semaphore, UseAfterItsEndIsAViolation) {
   fake::ClearViolations();
 }
 
+TEST_F(Semaphore, IsHeldWhenTheActionsOfATestRun) {
+  TAaSem* semaphore = AaSemCreateC(1);
+  std::vector<std::string> events;
+  const auto note = [&](const char* event) {
+    fake::FailCall("AaSemWait");
+    EXPECT_NE(AaSemWait(semaphore), 0) << "an action may wait where that fails";
+    events.emplace_back(event);
+  };
+  fake::OnSemaphoreTaken([&] { note("taken"); });
+  fake::OnSemaphorePost([&] { note("post"); });
+  AaSemWait(semaphore);
+  events.emplace_back("held");
+  AaSemPost(semaphore);
+  EXPECT_EQ(events, (std::vector<std::string>{"taken", "held", "post"}));
+}
+
 TEST_F(Semaphore, OutlivesAReset) {
   TAaSem* semaphore = AaSemCreateC(1);
   fake::Reset();

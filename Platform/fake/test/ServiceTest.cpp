@@ -54,6 +54,7 @@ TEST_F(ServiceBase, WhatAHandlerThrowsLeavesDispatchAndTheMessageIsFreed) {
 TEST_F(ServiceBase, StartupCallsItsStepsInOrder) {
   char name[] = "plain";
   char* arguments[] = {name, nullptr};
+  fake::Clear();
   service.Startup(1, arguments);
   EXPECT_EQ(fake::Calls(),
             (std::vector<fake::Call>{{"Service::PreStartup"}, {"Service::Init"}, {"Service::Run"}, {"Service::Exit"}}));

@@ -26,6 +26,7 @@ struct BoardData {
   std::map<u32, std::string> psu = {};
   std::map<u32, std::string> filter = {};  ///< the texts
   std::map<u32, i32> filterNumbers = {};   ///< the numbers, e.g. of DDAL_FILTER_HWSWID
+  bool unterminated = false;               ///< product texts fill their buffer: a zero stands there only when it fits
   std::string initProblem = {};            ///< makes ddal_init fail when it is not empty
 };
 
@@ -35,6 +36,7 @@ struct UnitData {
   EUnitVersion version = EUnitVersion_Kela;
   std::string productionCode = "472000A";
   std::string serialNumber = "K9000000001";
+  bool unterminated = false;  ///< the two texts fill their buffer: a zero stands there only when it fits
 };
 
 /// The board's data, to be changed in place. Not guarded: change it while no other thread uses the platform.

@@ -8,6 +8,7 @@
 #include "ddal_temp.h"
 
 #include <initializer_list>
+#include <optional>
 
 namespace fake {
 
@@ -31,6 +32,8 @@ struct Fan {
   int control = 0;           ///< per cent
   int readError = DDAL_OK;   ///< answer of every get
   int writeError = DDAL_OK;  ///< answer of every set
+  /// What a get that fails by readError writes all the same; nothing: it leaves its output untouched.
+  std::optional<int> garbage = {};
 };
 /// Sets a fan up.
 void SetFan(ddal_fan_id_t fan, const Fan& state);

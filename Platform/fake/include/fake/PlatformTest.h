@@ -12,6 +12,7 @@
 #include "fake/Messages.h"
 #include "fake/Platform.h"
 #include "fake/Recorder.h"
+#include "fake/Semaphores.h"
 #include "fake/Service.h"
 #include "fake/Threads.h"
 #include "fake/Time.h"

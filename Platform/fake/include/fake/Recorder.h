@@ -2,9 +2,11 @@
 /// What was called: every call of a platform function, in order, with copied arguments.
 ///
 /// Arguments are recorded in the order of the function's own parameters, with these rules: outputs and function
-/// pointers are left out; a buffer and its size are one Bytes; a message is its id (create: id, size, receiver; send
-/// and start of a timer: id, receiver); a file is its path; a semaphore is its number, from 1; a log line is level,
-/// feature and the formatted text; a calendar time is its seven numbers; members of Service are named "Service::Name".
+/// pointers are left out; a buffer and its size are one Bytes (that of AaFileWrite is followed by its path, then by
+/// size and number of its items); a message is its id (create: id, size, receiver; send and start of a timer: id,
+/// receiver); a file is its path; a semaphore is its number, from 1; a log line is level, feature and the formatted
+/// text; a calendar time is its seven numbers; members of Service and of ArgumentParser are named "Service::Name" and
+/// "ArgumentParser::Name".
 ///
 /// Function names are checked: one that the platform does not have throws std::invalid_argument, so that a misspelt
 /// name cannot make a test pass. Everything here may be called from every thread.
