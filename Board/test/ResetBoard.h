@@ -24,16 +24,6 @@ class ResetBoard : public BlackBoxBoard {
     command.insert(command.end(), options.begin(), options.end());
     return Clmctl(command);
   }
-  /// Resets the board itself, and waits until the daemon has come back.
-  void Reset(const std::vector<std::string>& options) {
-    auto tag = StartClmctl({"tag", "watch", "app.hwapi.online.4d9"});
-    ASSERT_TRUE(tag->WaitForText("4d9 6"));
-    std::vector<std::string> command = {"reset"};
-    command.insert(command.end(), options.begin(), options.end());
-    const Result reset = Boardsim(command);
-    ASSERT_EQ(reset.status, 0) << reset.err;
-    ASSERT_TRUE(tag->WaitForText("4d9 6", 2));
-  }
 
   std::filesystem::path BoardFile(unsigned fileSystem) const { return OnFlash(fileSystem, "config/lifedata/blackbox"); }
   /// @return the reset history of a file system's board file, oldest first

@@ -48,7 +48,7 @@ class SameBytesTest : public StandingClockBoard {
 
   void EndWith(const std::vector<std::string>& reset) {
     m_record.Add("blackbox-replies", Send(m_seeded.Announcement()));
-    ASSERT_NO_FATAL_FAILURE(ResetTheBoard(reset));
+    ASSERT_NO_FATAL_FAILURE(ResetAndAwaitHistory(reset));
   }
 
   void RecordFiles() {

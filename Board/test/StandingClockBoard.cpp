@@ -98,20 +98,14 @@ void StandingClockBoard::AwaitTracingThreads() const {
   ASSERT_TRUE(Eventually(asleep));
 }
 
-void StandingClockBoard::ResetTheBoard(const std::vector<std::string>& options) {
+void StandingClockBoard::ResetAndAwaitHistory(const std::vector<std::string>& options) {
   const auto history = [this] {
     const std::string text = Lifedata("blackbox");
     const std::size_t begin = text.find("RESET Reason");
     return text.substr(std::min(begin, text.size()), text.find("SW VERSION") - begin);
   };
   const std::string before = history();
-  auto tag = StartClmctl({"tag", "watch", "app.hwapi.online.4d9"});
-  ASSERT_TRUE(tag->WaitForText("4d9 6"));
-  std::vector<std::string> command = {"reset"};
-  command.insert(command.end(), options.begin(), options.end());
-  const Result reset = Boardsim(command);
-  ASSERT_EQ(reset.status, 0) << reset.err;
-  ASSERT_TRUE(tag->WaitForText("4d9 6", 2));
+  ASSERT_NO_FATAL_FAILURE(Reset(options));
   ASSERT_TRUE(Eventually([&] { return history() != before; }));
 }
 

@@ -33,7 +33,7 @@ class StandingClockBoard : public ProcessingUnitBoardTest {
   /// The last readings must be those of the values that are set now, so that a reading in the same moment changes none.
   void PassToNextRow();
   /// Resets the board, and waits until the daemon has come back and the history has changed.
-  void ResetTheBoard(const std::vector<std::string>& options);
+  void ResetAndAwaitHistory(const std::vector<std::string>& options);
 
  private:
   void AwaitTracingThreads() const;

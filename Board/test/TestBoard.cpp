@@ -92,6 +92,16 @@ void BoardTest::RestartDaemon() const {
   ASSERT_TRUE(tag->WaitForText("4d9 6", 2));
 }
 
+void BoardTest::Reset(const std::vector<std::string>& options) const {
+  auto tag = StartClmctl({"tag", "watch", "app.hwapi.online.4d9"});
+  ASSERT_TRUE(tag->WaitForText("4d9 6"));
+  std::vector<std::string> command = {"reset"};
+  command.insert(command.end(), options.begin(), options.end());
+  const Result reset = Boardsim(command);
+  ASSERT_EQ(reset.status, 0) << reset.err;
+  ASSERT_TRUE(tag->WaitForText("4d9 6", 2));
+}
+
 bool BoardTest::Eventually(const std::function<bool()>& isTrue) {
   const auto end = std::chrono::steady_clock::now() + kDeadline;
   while (!isTrue()) {

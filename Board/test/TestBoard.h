@@ -39,6 +39,8 @@ class BoardTest : public testing::Test {
   pid_t DaemonPid() const;
   /// Ends the daemon; boardsim starts it anew. Returns once that one is online.
   void RestartDaemon() const;
+  /// Resets the board itself, with the options of `boardsim reset`. Returns once the daemon has come back.
+  void Reset(const std::vector<std::string>& options) const;
   /// Waits for what no line and no tag tells. @return whether it came before the deadline
   static bool Eventually(const std::function<bool()>& isTrue);
 
