@@ -51,6 +51,7 @@ TEST_F(ProcessingUnitTest, SensorThatWasPinnedIsFreeInTheNextUnit) {
   UpWithClient();
   UnitWatch watch = Watch("Dax1");
   Plug("Dax1", "basic");
+  ASSERT_TRUE(watch.Shows(UnitNames(1, "basic"))) << watch.Newest();  // what comes from here on is new
   ASSERT_EQ(Boardsim({"temp", "0x20000", "fail=-2"}).status, 0);
   Unplug("Dax1");
   ASSERT_TRUE(watch.Shows({})) << watch.Newest();
