@@ -29,6 +29,10 @@ function(clm_add_test name)
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main Threads::Threads)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  if(CLM_SANITIZE)
+    # To optimise tests takes longer than they ever save.
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
   set(seconds 120)
   if(CMAKE_CROSSCOMPILING)
     set(seconds 300)  # emulation is slow
