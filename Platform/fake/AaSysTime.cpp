@@ -39,6 +39,7 @@ struct Clock {
   TAaSysTimerId lastTimer = 0;
   std::vector<Running> timers;
   std::vector<Action> actions;
+  std::function<void()> onUtcRead;
 };
 
 Clock& TheClock() {
@@ -105,6 +106,11 @@ void AdvanceTime(std::uint64_t microseconds) { PassTimeTo(Now() + microseconds);
 void After(std::uint64_t microseconds, std::function<void()> action) {
   const Lock lock;
   TheClock().actions.push_back({TheClock().now + microseconds, std::move(action)});
+}
+
+void OnUtcRead(std::function<void()> action) {
+  const Lock lock;
+  TheClock().onUtcRead = std::move(action);
 }
 
 std::vector<Timer> Timers() {
@@ -200,8 +206,14 @@ i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
 }
 
 i32 AaUtcTimeGet(SAaTime* now) {
-  const Lock lock;
-  return ReadClock("AaUtcTimeGet", now, chrono::minutes(0));
+  std::function<void()> action;
+  {
+    const Lock lock;
+    if (const i32 result = ReadClock("AaUtcTimeGet", now, chrono::minutes(0)); result != 0) return result;
+    action = TheClock().onUtcRead;
+  }
+  if (action) action();
+  return 0;
 }
 
 i32 AaLocalTimeGet(SAaTime* now) {

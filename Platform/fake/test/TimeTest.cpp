@@ -52,6 +52,35 @@ TEST_F(Time, AnActionRunsWhenItsTimeComes) {
   EXPECT_EQ(ran, 1500u);
 }
 
+TEST_F(Time, AnActionRunsAfterEachReadingOfTheClock) {
+  SAaTime now = {}, seen = {};
+  unsigned runs = 0;
+  fake::OnUtcRead([&] { seen = now, ++runs; });
+  AaUtcTimeGet(&now);
+  EXPECT_EQ(seen.year, 2024u);
+  AaUtcTimeGet(&now);
+  EXPECT_EQ(runs, 2u);
+}
+
+TEST_F(Time, NoActionRunsAfterAReadingThatFailed) {
+  unsigned runs = 0;
+  fake::OnUtcRead([&] { ++runs; });
+  AaUtcTimeGet(nullptr);
+  fake::FailCall("AaUtcTimeGet");
+  SAaTime now = {};
+  AaUtcTimeGet(&now);
+  EXPECT_EQ(runs, 0u);
+}
+
+TEST_F(Time, AResetTakesTheActionOfTheClockBack) {
+  unsigned runs = 0;
+  fake::OnUtcRead([&] { ++runs; });
+  fake::Reset();
+  SAaTime now = {};
+  AaUtcTimeGet(&now);
+  EXPECT_EQ(runs, 0u);
+}
+
 TEST_F(Time, AReceiveWaitsForWhatComesInTime) {
   fake::ServeTask(kTask);
   fake::After(5000, [] { fake::Deliver({.id = 8, .receiver = kOwn}); });

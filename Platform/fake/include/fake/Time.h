@@ -26,6 +26,9 @@ std::uint64_t Now();
 void AdvanceTime(std::uint64_t microseconds);
 /// Runs @p action when so much time has passed, e.g. to let a neighbouring service appear while the service waits.
 void After(std::uint64_t microseconds, std::function<void()> action);
+/// Runs @p action after each AaUtcTimeGet that told the time, on the thread that asked, e.g. to let something happen
+/// between a look at the clock and what it is for. A Reset takes the action back.
+void OnUtcRead(std::function<void()> action);
 /// @return the running timers, oldest first
 std::vector<Timer> Timers();
 
