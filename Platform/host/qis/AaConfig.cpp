@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,7 +45,7 @@ std::optional<std::string> ValueOf(const char* name) {
 
 }  // namespace
 
-QIS_EXPORT i32 AaConfigTagPublicSet(const char* name, const void* value, u32 size) {
+QIS_EXPORT i32 AaConfigTagPublicSet(const char* name, const void* value, u32 size) try {
   if (const int error = CheckName(name); error != 0) {
     return error;
   }
@@ -52,16 +53,20 @@ QIS_EXPORT i32 AaConfigTagPublicSet(const char* name, const void* value, u32 siz
     return EINVAL;
   }
   return hwapi::qis::AppendToTag(name, size != 0 ? std::string(static_cast<const char*>(value), size) : "");
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
-QIS_EXPORT i32 AaConfigTagRegister(const char* name, TAaConfigTagObserver observer) {
+QIS_EXPORT i32 AaConfigTagRegister(const char* name, TAaConfigTagObserver observer) try {
   if (const int error = CheckName(name); error != 0) {
     return error;
   }
   return observer != nullptr ? hwapi::qis::TagObservers::Own()->Add(name, observer, DescribedValue(name)) : EINVAL;
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
-QIS_EXPORT i32 AaConfigTagGet(const char* name, void** value) {
+QIS_EXPORT i32 AaConfigTagGet(const char* name, void** value) try {
   const int error = CheckName(name);
   if (error != 0 || value == nullptr) {
     return error != 0 ? error : EINVAL;
@@ -77,9 +82,11 @@ QIS_EXPORT i32 AaConfigTagGet(const char* name, void** value) {
   }
   std::memcpy(*value, found->c_str(), found->size() + 1);
   return 0;
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
-QIS_EXPORT i32 AaConfigTagGetU32(const char* name, u32* value) {
+QIS_EXPORT i32 AaConfigTagGetU32(const char* name, u32* value) try {
   const int error = CheckName(name);
   if (error != 0 || value == nullptr) {
     return error != 0 ? error : EINVAL;
@@ -90,6 +97,8 @@ QIS_EXPORT i32 AaConfigTagGetU32(const char* name, u32* value) {
   }
   std::memcpy(value, found->data(), sizeof *value);
   return 0;
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
 QIS_EXPORT u32 AaConfigRadGetValue(u32 id) {

@@ -1,4 +1,4 @@
-// Files and directories.
+// Files.
 #include "AaFile.h"
 
 #include "AaSysLog.h"
@@ -7,7 +7,6 @@
 #include "FileSource.h"
 #include "Replacement.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,16 +14,16 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
-#include <vector>
 
 using hwapi::qis::Fd;
 using hwapi::qis::kPlatformFeature;
 using hwapi::qis::OpenSource;
+using hwapi::qis::Remedy;
 using hwapi::qis::Replacement;
 using hwapi::qis::Uninterrupted;
 
@@ -56,19 +55,6 @@ namespace {
 
 bool MeansNotThere(int error) { return error == ENOENT || error == ENOTDIR; }
 
-/// @return what can be done about an error
-const char* Remedy(int error) {
-  switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-      return "; make room there";
-    case EROFS:
-      return "; mount its file system writable";
-    default:
-      return "";
-  }
-}
-
 void LogNotReplaced(const char* path, int error) {
   AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature, "File %s is not written, what was there stays: %s%s",
                  path, std::strerror(error), Remedy(error));
@@ -79,7 +65,7 @@ void LogNotRead(const char* path, int error) {
                  std::strerror(error));
 }
 
-TAaFile* OpenToRead(const char* path) {
+TAaFile* OpenToRead(const char* path) try {
   Fd source = OpenSource(path);
   if (!source) {
     if (!MeansNotThere(errno) && errno != EISDIR) {
@@ -88,15 +74,21 @@ TAaFile* OpenToRead(const char* path) {
     return nullptr;
   }
   return new TAaFile(path, std::move(source));
+} catch (const std::bad_alloc&) {
+  LogNotRead(path, ENOMEM);
+  return nullptr;
 }
 
-TAaFile* OpenToReplace(const char* path) {
+TAaFile* OpenToReplace(const char* path) try {
   std::unique_ptr<Replacement> replacement = Replacement::Begin(path);
   if (!replacement) {
     LogNotReplaced(path, errno);
     return nullptr;
   }
   return new TAaFile(path, std::move(replacement));
+} catch (const std::bad_alloc&) {
+  LogNotReplaced(path, ENOMEM);
+  return nullptr;
 }
 
 /// Fills the empty buffer.
@@ -178,7 +170,7 @@ int CopyAll(int source, Replacement& target) {
 }
 
 /// @return 0, else an errno value
-int Copy(const char* source, const char* target) {
+int Copy(const char* source, const char* target) try {
   const Fd from = OpenSource(source);
   if (!from) {
     return errno;
@@ -189,6 +181,8 @@ int Copy(const char* source, const char* target) {
   }
   const int error = CopyAll(from.Get(), *to);
   return error != 0 ? error : to->Commit();
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
 bool IsOfType(const char* path, mode_t type) {
@@ -203,81 +197,6 @@ bool IsOfType(const char* path, mode_t type) {
     LogNotRead(path, errno);
   }
   return false;
-}
-
-/// Makes a new directory last: without that one power cut would take what is synced inside with it.
-void SyncFolderOf(const std::string& path) {
-  const std::string folder = path.substr(0, path.rfind('/') + 1);
-  const Fd fd(
-      Uninterrupted([&] { return ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-  if ((fd && Uninterrupted([&] { return ::fsync(fd.Get()); }) == 0) || errno == EINVAL) {
-    return;  // EINVAL: a file system whose folders need no sync
-  }
-  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
-                 "Directory %s is made, but a power cut may take it away: the one above cannot be synced: %s",
-                 path.c_str(), std::strerror(errno));
-}
-
-/// @return 0, also when it is there already, else an errno value
-int MakeDirectory(const std::string& path) {
-  if (::mkdir(path.c_str(), 0755) == 0) {
-    SyncFolderOf(path);
-    return 0;
-  }
-  const int error = errno;
-  struct stat status {};
-  if (::stat(path.c_str(), &status) == 0) {
-    return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
-  }
-  return error == EEXIST ? errno : error;
-}
-
-int MakeDirectories(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-    if (const int error = MakeDirectory(path.substr(0, slash)); error != 0) {
-      return error;
-    }
-  }
-  return path.back() == '/' ? 0 : MakeDirectory(path);
-}
-
-int ReadNames(const char* path, std::vector<std::string>& names) {
-  const std::unique_ptr<DIR, hwapi::qis::CloseDir> dir(::opendir(path));
-  if (!dir) {
-    return errno;
-  }
-  for (;;) {
-    errno = 0;
-    const dirent* const entry = ::readdir(dir.get());
-    if (entry == nullptr) {
-      return errno;
-    }
-    std::string name = entry->d_name;
-    if (hwapi::qis::IsTemporary(name)) {
-      hwapi::qis::RemoveIfStray(::dirfd(dir.get()), name);
-    } else if (name != "." && name != "..") {
-      names.push_back(std::move(name));
-    }
-  }
-}
-
-/// One block: the array, then its texts.
-char** ToArray(const std::vector<std::string>& names) {
-  std::size_t size = names.size() * sizeof(char*);
-  for (const std::string& name : names) {
-    size += name.size() + 1;
-  }
-  auto** const array = static_cast<char**>(std::malloc(size));
-  if (array == nullptr) {
-    return nullptr;
-  }
-  char* text = reinterpret_cast<char*>(array + names.size());
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    array[i] = text;
-    std::memcpy(text, names[i].c_str(), names[i].size() + 1);
-    text += names[i].size() + 1;
-  }
-  return array;
 }
 
 }  // namespace
@@ -351,37 +270,3 @@ QIS_EXPORT i32 AaFileRemove(const char* path) {
 QIS_EXPORT TBoolean AaFileExists(const char* path) { return IsOfType(path, S_IFREG) ? GLO_TRUE : GLO_FALSE; }
 
 QIS_EXPORT TBoolean AaFileDirExists(const char* path) { return IsOfType(path, S_IFDIR) ? GLO_TRUE : GLO_FALSE; }
-
-QIS_EXPORT i32 AaFileCreateDir(const char* path) {
-  if (path == nullptr || *path == '\0') {
-    return EINVAL;
-  }
-  const int error = MakeDirectories(path);
-  if (error != 0) {
-    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature, "Directory %s cannot be made: %s%s", path,
-                   std::strerror(error), Remedy(error));
-  }
-  return error;
-}
-
-QIS_EXPORT i32 AaFileListDir(const char* path, char*** names, u32* count) {
-  if (path == nullptr || names == nullptr || count == nullptr) {
-    return EINVAL;
-  }
-  *names = nullptr;
-  *count = 0;
-  std::vector<std::string> found;
-  const int error = ReadNames(path, found);
-  if (error != 0 || found.empty()) {
-    return error;
-  }
-  std::ranges::sort(found);
-  *names = ToArray(found);
-  if (*names == nullptr) {
-    return ENOMEM;
-  }
-  *count = static_cast<u32>(found.size());
-  return 0;
-}
-
-QIS_EXPORT void AaFileFreeListDirArray(char** names, u32) { std::free(names); }

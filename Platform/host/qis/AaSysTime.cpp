@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <new>
 #include <optional>
 
 namespace {
@@ -73,11 +74,13 @@ i32 Read(tm* (*toCalendar)(const time_t*, tm*), SAaTime* now) {
 
 }  // namespace
 
-QIS_EXPORT i32 AaSysTimermCreate(TAaSysTimerId* id, u32 firstUs, u32 periodUs, void* msg) {
+QIS_EXPORT i32 AaSysTimermCreate(TAaSysTimerId* id, u32 firstUs, u32 periodUs, void* msg) try {
   if (id == nullptr || msg == nullptr) {
     return EINVAL;
   }
   return Timers::Own().Start(id, firstUs, periodUs, static_cast<hwapi::qis::Message*>(msg));
+} catch (const std::bad_alloc&) {
+  return ENOMEM;
 }
 
 QIS_EXPORT i32 AaSysTimerDelete(TAaSysTimerId id) {

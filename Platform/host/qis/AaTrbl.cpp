@@ -6,6 +6,7 @@
 #include "TrblRegistry.h"
 #include "TrblServer.h"
 
+#include <new>
 #include <string_view>
 
 using hwapi::qis::TrblRegistry;
@@ -20,10 +21,11 @@ bool Fits(const char* text, u32 most) {
 
 QIS_EXPORT i32 AaTrblFileRegister(const char* name, const char* path, EAaTrblFilePriority priority, u32,
                                   int (*prepare)(const char*, const void*), int (*store)(const char*, const void*),
-                                  void (*remove)(const char*, const void*), const void* context) {
+                                  void (*remove)(const char*, const void*), const void* context) try {
   if (!Fits(name, AATRBL_MAX_NAME) || !Fits(path, AATRBL_MAX_PATH)) {
     return EAaTrblRet_Failed;
   }
+  hwapi::qis::TrblServer::Own().Start();
   const bool added = TrblRegistry::Own().Add({.name = name,
                                               .path = path,
                                               .priority = priority,
@@ -31,19 +33,20 @@ QIS_EXPORT i32 AaTrblFileRegister(const char* name, const char* path, EAaTrblFil
                                               .store = store,
                                               .remove = remove,
                                               .context = context});
-  if (added) {
-    hwapi::qis::TrblServer::Own().Start();
-  }
   return added ? EAaTrblRet_Ok : EAaTrblRet_Failed;
+} catch (const std::bad_alloc&) {
+  return EAaTrblRet_Failed;
 }
 
 QIS_EXPORT i32 AaTrblFileUnregister(const char* name) {
   return name != nullptr && TrblRegistry::Own().Remove(name) ? EAaTrblRet_Ok : EAaTrblRet_Failed;
 }
 
-QIS_EXPORT i32 AaTrblCollect(u32 timeoutMs, TAaTrblVisitor visitor, void* context) {
+QIS_EXPORT i32 AaTrblCollect(u32 timeoutMs, TAaTrblVisitor visitor, void* context) try {
   if (visitor == nullptr) {
     return EAaTrblRet_Failed;
   }
   return hwapi::qis::CollectTrblFiles(std::chrono::milliseconds(timeoutMs), visitor, context);
+} catch (const std::bad_alloc&) {
+  return EAaTrblRet_Failed;
 }

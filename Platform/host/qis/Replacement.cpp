@@ -8,6 +8,7 @@
 #include <sys/file.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -33,6 +34,18 @@ std::string NextTemporaryName(const std::string& name) {
 std::string NameIn(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace
+
+const char* Remedy(int error) {
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+      return "; make room there";
+    case EROFS:
+      return "; mount its file system writable";
+    default:
+      return "";
+  }
+}
 
 bool IsTemporary(const std::string& name) {
   const std::size_t mark = name.rfind(kMark);

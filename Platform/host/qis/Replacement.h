@@ -14,6 +14,9 @@
 
 namespace hwapi::qis {
 
+/// @return what can be done about an error of writing, to follow its text: "; DO THIS", or nothing
+const char* Remedy(int error);
+
 struct CloseDir {
   void operator()(DIR* dir) const { ::closedir(dir); }
 };

@@ -3,6 +3,9 @@
 #include "Clock.h"
 #include "PlatformThread.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace hwapi::qis {
 
 std::int64_t NextExpiry(std::int64_t dueUs, std::int64_t periodUs, std::int64_t nowUs) {
@@ -33,10 +36,14 @@ std::chrono::steady_clock::time_point Timers::RealTime(std::int64_t boardUs) con
   return m_origin + std::chrono::nanoseconds(boardUs / speed * 1000 + restNs);
 }
 
+Timers::Running::iterator Timers::Find(TAaSysTimerId id) {
+  return std::find_if(m_timers.begin(), m_timers.end(), [id](const auto& timer) { return timer.first.id == id; });
+}
+
 TAaSysTimerId Timers::NewId() {
   do {
     ++m_lastId;
-  } while (m_lastId == 0 || m_timers.contains(m_lastId));
+  } while (m_lastId == 0 || Find(m_lastId) != m_timers.end());
   return m_lastId;
 }
 
@@ -48,12 +55,12 @@ i32 Timers::Start(TAaSysTimerId* id, u32 firstUs, u32 periodUs, Message* message
     }
     m_running = true;
   }
-  const std::int64_t dueUs = NowUs() + std::int64_t{firstUs};
-  const TAaSysTimerId number = NewId();
-  m_timers.emplace(number, Timer{dueUs, std::int64_t{periodUs}, MessagePtr(message)});
-  const auto place = m_order.emplace(dueUs, number).first;
-  *id = number;
-  if (place == m_order.begin()) {
+  const Expiry expiry{.dueUs = NowUs() + std::int64_t{firstUs}, .id = NewId()};
+  Timer& timer = m_timers[expiry];  // before the message is taken: it stays the caller's when memory ends here
+  timer.periodUs = periodUs;
+  timer.message.reset(message);
+  *id = expiry.id;
+  if (m_timers.begin()->first == expiry) {
     m_changed.notify_one();
     if (Clock::Own().StandsStill()) {
       Clock::Own().WakeSleepers();
@@ -64,8 +71,7 @@ i32 Timers::Start(TAaSysTimerId* id, u32 firstUs, u32 periodUs, Message* message
 
 void Timers::Delete(TAaSysTimerId id) {
   const std::lock_guard lock(m_mutex);
-  if (const auto found = m_timers.find(id); found != m_timers.end()) {
-    m_order.erase({found->second.dueUs, id});
+  if (const auto found = Find(id); found != m_timers.end()) {
     m_timers.erase(found);
   }
 }
@@ -79,15 +85,15 @@ void* Timers::Run(void* timers) {
 void Timers::Serve() {
   std::unique_lock lock(m_mutex);
   for (;;) {
-    if (m_order.empty()) {
+    if (m_timers.empty()) {
       m_changed.wait(lock);
       continue;
     }
     const std::uint32_t moves = Clock::Own().Moves();  // before the time: a move in between is not slept through
-    const auto [dueUs, id] = *m_order.begin();
+    const std::int64_t dueUs = m_timers.begin()->first.dueUs;
     const std::int64_t nowUs = NowUs();
     if (nowUs >= dueUs) {
-      Expire(id, nowUs);
+      Expire(nowUs);
     } else if (Clock::Own().StandsStill()) {
       lock.unlock();
       Clock::Own().SleepUntilMoved(moves);
@@ -98,18 +104,18 @@ void Timers::Serve() {
   }
 }
 
-/// Sends with the lock held, so that nothing is sent once a delete has returned; a send never blocks.
-void Timers::Expire(TAaSysTimerId id, std::int64_t nowUs) {
-  const auto found = m_timers.find(id);
-  Timer& timer = found->second;
-  m_order.erase(m_order.begin());
-  Deliver(*timer.message);
-  if (timer.periodUs == 0) {
-    m_timers.erase(found);
+/// Serves the earliest timer. Sends with the lock held, so that nothing is sent once a delete has returned; a send
+/// never blocks.
+void Timers::Expire(std::int64_t nowUs) {
+  const auto earliest = m_timers.begin();
+  Deliver(*earliest->second.message);
+  if (earliest->second.periodUs == 0) {
+    m_timers.erase(earliest);
     return;
   }
-  timer.dueUs = NextExpiry(timer.dueUs, timer.periodUs, nowUs);
-  m_order.emplace(timer.dueUs, id);
+  auto timer = m_timers.extract(earliest);
+  timer.key().dueUs = NextExpiry(timer.key().dueUs, timer.mapped().periodUs, nowUs);
+  m_timers.insert(std::move(timer));
 }
 
 }  // namespace hwapi::qis

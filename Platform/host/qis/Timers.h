@@ -6,11 +6,11 @@
 #include "Message.h"
 
 #include <chrono>
+#include <compare>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <mutex>
-#include <set>
 
 namespace hwapi::qis {
 
@@ -28,24 +28,31 @@ class Timers {
   static Timers& Own();
 
   /// As AaSysTimermCreate.
+  /// @throw std::bad_alloc: the message is still the caller's
   i32 Start(TAaSysTimerId* id, u32 firstUs, u32 periodUs, Message* message);
   /// As AaSysTimerDelete.
   void Delete(TAaSysTimerId id);
 
  private:
-  struct Timer {
+  /// When a timer expires next, and which one it is: the order in which they are served.
+  struct Expiry {
     std::int64_t dueUs;
-    std::int64_t periodUs;
+    TAaSysTimerId id;
+    auto operator<=>(const Expiry&) const = default;
+  };
+  struct Timer {
+    std::int64_t periodUs = 0;
     MessagePtr message;
   };
-  using Order = std::set<std::pair<std::int64_t, TAaSysTimerId>>;
+  using Running = std::map<Expiry, Timer>;
 
   Timers();
   static void* Run(void* timers);
   void Serve();
-  void Expire(TAaSysTimerId id, std::int64_t nowUs);
+  void Expire(std::int64_t nowUs);
   std::int64_t NowUs() const;
   std::chrono::steady_clock::time_point RealTime(std::int64_t boardUs) const;
+  Running::iterator Find(TAaSysTimerId id);
   TAaSysTimerId NewId();
 
   const std::chrono::steady_clock::time_point m_origin;
@@ -53,8 +60,7 @@ class Timers {
   std::condition_variable m_changed;
   bool m_running = false;
   TAaSysTimerId m_lastId = 0;
-  std::map<TAaSysTimerId, Timer> m_timers;
-  Order m_order;  ///< expiries, earliest first
+  Running m_timers;  ///< earliest first; a process has too few to search them in another way
 };
 
 }  // namespace hwapi::qis
