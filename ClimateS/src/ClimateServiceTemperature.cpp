@@ -11,6 +11,8 @@
 #include "SensorGroupsOfBoard.h"
 #include "messages/MessageIds.h"
 
+#include <exception>
+
 namespace ps::hwapi::common::climate {
 namespace {
 
@@ -64,7 +66,7 @@ SensorGroup* ClimateService::SelectSensorGroup(ETempSensorType sensorType) const
   return nullptr;
 }
 
-void ClimateService::HandleApiTempMeasReqMsg(void* msg) {
+void ClimateService::HandleApiTempMeasReqMsg(void* msg) try {
   const TempMeasReq reqMsg(msg);
   TempMeasResp resp = reqMsg.CreateReply<TempMeasResp>(sizeof(SApiTempMeasResp));
   const MsgGuard guard(resp.msg);
@@ -79,6 +81,10 @@ void ClimateService::HandleApiTempMeasReqMsg(void* msg) {
           static_cast<int>(req.command), static_cast<int>(req.sensorType), static_cast<int>(req.interval),
           static_cast<int>(req.resolution), req.clientAddr, static_cast<int>(resp->error));
   resp.Send();
+} catch (const MsgHandlingException&) {
+  throw;
+} catch (...) {
+  std::terminate();
 }
 
 ETempMeasError ClimateService::HandleMeasurementCommand(const SApiTempMeasReq& req, TAaSysComSicad client) {

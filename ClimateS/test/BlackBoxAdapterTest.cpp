@@ -134,6 +134,12 @@ TEST_F(BlackBoxAdapterTest, ATagThatCannotBeWatchedIsAnErrorAndNoMore) {
   EXPECT_EQ(fake::LogLines().back(), Line(kError, "AaConfigTagRegister " + kLinkTag + " failed, ret=5"));
 }
 
+TEST_F(BlackBoxAdapterTest, AResultBelowZeroOfTheObserverIsAFailureToo) {
+  fake::FailCall("AaConfigTagRegister", 1, -5);
+  InitWithFans(0);
+  EXPECT_EQ(fake::LogLines().back(), Line(kError, "AaConfigTagRegister " + kLinkTag + " failed, ret=-5"));
+}
+
 TEST_F(BlackBoxAdapterTest, RecordingBeginsThroughTheAdapter) {
   InitWithFans(1);
   m_adapter.EnableTemperatureTrace();
@@ -243,6 +249,14 @@ TEST_F(BootImageLinkTest, ATagThatCannotBeSetBackIsAWarning) {
   m_adapter.HandleConfigTagSetNotif();
   EXPECT_THAT(fake::LogLines(),
               ElementsAre(Line(kWarning, "AaConfigTagPublicSet() returned an error: 22 when setting tag " + kLinkTag)));
+}
+
+TEST_F(BootImageLinkTest, AResultBelowZeroOfSettingItBackIsAWarningToo) {
+  fake::FailCall("AaConfigTagPublicSet", 1, -22);
+  m_adapter.HandleConfigTagSetNotif();
+  EXPECT_THAT(
+      fake::LogLines(),
+      ElementsAre(Line(kWarning, "AaConfigTagPublicSet() returned an error: -22 when setting tag " + kLinkTag)));
 }
 
 TEST_F(BootImageLinkTest, TheZeroThatItSetsIsNotObservedAsALink) {

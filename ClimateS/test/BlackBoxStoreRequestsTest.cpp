@@ -89,6 +89,11 @@ TEST_F(StoreDataRequestTest, WithoutPayloadWritesNothing) {
   EXPECT_FALSE(fake::FileContent(kBoardFile).has_value());
 }
 
+TEST_F(StoreDataRequestTest, WithoutPayloadIsLoggedAllTheSame) {
+  Refusal({.id = 0x43A2, .sender = kRequester, .receiver = kBlackBoxEndpoint});
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug, "Received API_STORE_BLACKBOX_DATA_REQ_MSG message"));
+}
+
 /// Puts a text into a field, without a terminating zero when it fills the field.
 void PutText(fake::Bytes& payload, std::size_t offset, const std::string& text) {
   std::copy_n(text.begin(), std::min<std::size_t>(text.size(), 128),
@@ -154,6 +159,12 @@ TEST_F(StoreFileRequestTest, IsLoggedBeforeTheFileIsStored) {
                            {"AaSysComMsgSendS", 0x1303}}));
 }
 
+TEST_F(StoreFileRequestTest, ItsNumberOfOlderCopiesIsLoggedSigned) {
+  AnswerTo(Request(1, 0xFFFFFFFF, kSource, ""), 0x1303);
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug,
+                           "HandleApiBlackboxStoreFileReqMsg() sourceFile " + kSource + " numOfPrevFiles -1"));
+}
+
 TEST_F(StoreFileRequestTest, KeepsAsManyOlderCopiesAsItSays) {
   for (u32 i = 0; i < 4; ++i) {
     fake::SetFile(kSource, "result " + std::to_string(i));
@@ -206,6 +217,11 @@ TEST_F(StoreFileRequestTest, WithoutPayloadStoresNothing) {
   request.payload.clear();
   EXPECT_EQ(Refusal(request), "Message handling error: Payload missing from API_BLACKBOX_STORE_FILE_REQ_MSG");
   EXPECT_THAT(fake::Calls("AaFileCopy"), IsEmpty());
+}
+
+TEST_F(StoreFileRequestTest, WithoutPayloadIsLoggedAllTheSame) {
+  Refusal({.id = 0x1302, .sender = kRequester, .receiver = kBlackBoxEndpoint});
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug, "Received API_BLACKBOX_STORE_FILE_REQ_MSG message"));
 }
 
 }  // namespace

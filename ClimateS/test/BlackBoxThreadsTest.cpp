@@ -64,13 +64,13 @@ TEST_F(BlackBoxThreadsTest, TheBeginningIsLoggedAroundTheThreads) {
   Init();
   m_blackBox.enableTemperatureTrace();
   const fake::Call thread("AaSysComEuCreateAndStart", "BlackBoxData", 1024, 5);
-  EXPECT_TRUE(
-      fake::CalledInOrder({{"AaSysLogPrintE", kDebug, 131143,
-                            "BlackBoxData::enableTemperatureTrace(): starting timer threads for BlackBox data storing"},
-                           thread,
-                           thread,
-                           {"AaSysLogPrintE", kDebug, 131143,
-                            "BlackBoxData::enableTemperatureTrace(): temperature and fan speed tracing enabled"}}));
+  EXPECT_TRUE(fake::CalledInOrder(
+      {{"AaSysLogPrintE", kDebug, 131143,
+        "BlackBoxData::enableTemperatureTrace(): starting timer threads for BlackBox data storing\n"},
+       thread,
+       thread,
+       {"AaSysLogPrintE", kDebug, 131143,
+        "BlackBoxData::enableTemperatureTrace(): temperature and fan speed tracing enabled\n"}}));
   EXPECT_EQ(fake::Calls().size(), 4u);
 }
 
@@ -90,6 +90,18 @@ TEST_F(BlackBoxThreadsTest, WithoutTheSnapshotThreadRecordingDoesNotBegin) {
   EXPECT_THAT(fake::LogTexts(kError),
               ElementsAre("BlackBoxData::enableTemperatureTrace(): failed to start thread for snapshot timeout, "
                           "ret = 12"));
+}
+
+TEST_F(BlackBoxThreadsTest, TheFailuresOfItsThreadsHaveALineFeedAtTheirEnd) {
+  Init();
+  for (const u32 call : {1u, 3u})
+    fake::FailCall("AaSysComEuCreateAndStart", call, 12);  // the second thread's is the third
+  for (int i = 0; i < 2; ++i) m_blackBox.enableTemperatureTrace();
+  const auto failed = [](const std::string& what) {
+    return fake::Call("AaSysLogPrintE", kError, 131143,
+                      "BlackBoxData::enableTemperatureTrace(): failed to start thread for " + what + ", ret = 12\n");
+  };
+  EXPECT_TRUE(fake::CalledInOrder({failed("snapshot timeout"), failed("file storing timeout")}));
 }
 
 TEST_F(BlackBoxThreadsTest, WithoutTheFileThreadRecordingDoesNotBegin) {

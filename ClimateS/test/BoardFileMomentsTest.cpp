@@ -1,9 +1,11 @@
 /// What two threads do to the reset history and the board file in the very same moment.
 #include "ResetHistory.h"
+#include "ResetTest.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -12,6 +14,7 @@
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -29,18 +32,43 @@ bool Sleeps(pid_t thread) {
   return stat.compare(stat.rfind(')') + 2, 1, "S") == 0;
 }
 
+/// Lets @p other happen, once, right after the clock was read next.
+void AfterTheClockIsRead(std::function<void()> other) {
+  fake::OnUtcRead([other = std::move(other)] {
+    const std::function<void()> once = other;
+    fake::OnUtcRead({});
+    once();
+  });
+}
+
+/// A thread that begins to write the board file, and goes on when the one that made it sleeps.
+class SlowWriter {
+ public:
+  explicit SlowWriter(BlackBoxData& blackBox) {
+    AfterTheClockIsRead([this, maker = gettid()] {
+      m_writes.count_down();
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+      while ((!m_mayEnd || !Sleeps(maker)) && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    });
+    m_thread = std::thread([&blackBox] { blackBox.createBlackboxFile(); });
+    m_writes.wait();
+  }
+  SlowWriter(const SlowWriter&) = delete;
+  SlowWriter& operator=(const SlowWriter&) = delete;
+  ~SlowWriter() { m_thread.join(); }
+
+  /// From here on the next sleep counts.
+  void MayEnd() { m_mayEnd = true; }
+
+ private:
+  std::latch m_writes{1};
+  std::atomic<bool> m_mayEnd = false;
+  std::thread m_thread;
+};
+
 class BoardFileMomentsTest : public ResetHistoryTest {
  protected:
   static std::string Entry(const std::string& reason) { return kNow + reason + BootState() + "\n"; }
-
-  /// Lets @p other happen, once, right after the clock was read next.
-  static void AfterTheClockIsRead(std::function<void()> other) {
-    fake::OnUtcRead([other = std::move(other)] {
-      const std::function<void()> once = other;
-      fake::OnUtcRead({});
-      once();
-    });
-  }
   static std::size_t Written() { return fake::Calls("AaFileClose").size(); }
 };
 
@@ -67,21 +95,31 @@ TEST_F(BoardFileMomentsTest, AResetThatIsAddedWhileTheFileIsWrittenComesIntoIt) 
 }
 
 TEST_F(BoardFileMomentsTest, SettlingWritesTheFileAfterWhatAnotherThreadIsWriting) {
-  std::latch writes(1);
-  std::atomic<bool> waits = false;
-  AfterTheClockIsRead([&, waiting = gettid()] {
-    writes.count_down();
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while ((!waits || !Sleeps(waiting)) && std::chrono::steady_clock::now() < end) std::this_thread::yield();
-  });
-  std::thread writer([this] { m_blackBox.createBlackboxFile(); });
-  writes.wait();
+  SlowWriter writer(m_blackBox);
   m_blackBox.addResetReasonWithTimestamp("Cold reset");
-  waits = true;
+  writer.MayEnd();
   m_blackBox.settleBoardFile();
   EXPECT_EQ(Written(), 3u) << "twice by the other thread, as the history changed meanwhile, and then by this one";
   EXPECT_THAT(File(kBoardFile), HasSubstr(kHeader + Entry("Cold reset") + "SW VERSION: active:"));
-  writer.join();
+}
+
+using ResetMomentsTest = ResetTest;
+
+TEST_F(ResetMomentsTest, AResetIsCopiedAndAnsweredAfterWhatAnotherThreadIsWriting) {
+  StartService();
+  fake::Clear();
+  {
+    SlowWriter writer(*BlackBoxData::getInstance());
+    writer.MayEnd();
+    Announce({});
+  }
+  const fake::Call open("AaFileOpen", kBoardFile, "w"), close("AaFileClose", kBoardFile);
+  const fake::Call copy("AaFileCopy", kBoardFile, kStandbyFile);
+  const std::vector<fake::Call> calls = fake::Calls({"AaFileOpen", "AaFileClose", "AaFileCopy"});
+  const auto afterTheCopy = std::ranges::find(calls, copy);
+  EXPECT_EQ(std::count(afterTheCopy, calls.end(), open) + std::count(afterTheCopy, calls.end(), close), 0);
+  EXPECT_TRUE(fake::CalledInOrder({copy, {"AaSysComMsgSend", kResetResp}}));
+  EXPECT_EQ(fake::FileContent(kStandbyFile), fake::FileContent(kBoardFile));
 }
 
 }  // namespace

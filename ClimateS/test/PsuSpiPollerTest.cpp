@@ -11,6 +11,7 @@
 namespace ps::hwapi::common::climate {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr EAaSysLogSeverityLevel kDebug = EAaSysLogSeverityLevel_Debug;
@@ -109,6 +110,20 @@ TEST_F(PsuSpiPollerTest, TheResultOfAThreadThatCannotBeStartedIsLoggedSigned) {
   m_poller.enableSpiEvents();
   EXPECT_TRUE(
       fake::Logged(kError, "PsuSpiPoller::enableSpiEvents(): failed to start thread for PSU SPI poller, ret = -5"));
+}
+
+TEST_F(PsuSpiPollerTest, ThreeOfItsTextsHaveALineFeedAtTheirEnd) {
+  fake::Clear();
+  fake::FailCall("AaSysComEuCreateAndStart", 1, 12);
+  for (int i = 0; i < 3; ++i) m_poller.enableSpiEvents();
+  const auto line = [](EAaSysLogSeverityLevel level, const std::string& text) {
+    return fake::Call("AaSysLogPrintE", level, 131143, "PsuSpiPoller::enableSpiEvents(): " + text);
+  };
+  const fake::Call starting = line(kDebug, "starting thread for PSU SPI poller");
+  EXPECT_THAT(fake::Calls("AaSysLogPrintE"),
+              ElementsAre(starting, line(kError, "failed to start thread for PSU SPI poller, ret = 12\n"), starting,
+                          line(kInfo, "thread for PSU SPI poller started. Interval is 900 milliseconds.\n"),
+                          line(kWarning, "thread for PSU SPI poller already started\n")));
 }
 
 TEST_F(PsuSpiPollerTest, AThreadThatCannotBeStartedIsNotLoggedAsStarted) {

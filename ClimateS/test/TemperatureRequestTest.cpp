@@ -1,6 +1,10 @@
 /// Requests that start and stop the measurement of a sensor group.
 #include "ServiceOnBoard.h"
 
+#include <cstdlib>
+#include <exception>
+#include <stdexcept>
+
 namespace ps::hwapi::common::climate {
 namespace {
 
@@ -323,6 +327,15 @@ TEST_F(TemperatureRequestTest, FieldThatIsCutIsFilledWithZeros) {
 
 TEST_F(TemperatureRequestTest, BytesBehindTheRecordAreIgnored) {
   EXPECT_EQ(Ask(Words({0, 6, 1000, 0, kOtherClient, 0xDEAD, 0xBEEF})).payload, Words({0, 6, 0}));
+}
+
+TEST_F(TemperatureRequestTest, AnyOtherExceptionThanOneOfMessageHandlingEndsTheProcess) {
+  fake::OnSent(kResponseId, [](const fake::Message&) { throw std::runtime_error("something else"); });
+  const auto request = [] {
+    std::set_terminate([] { std::exit(3); });  // not killed: what counts lines is still heard
+    fake::Dispatch(MessageOf(Request{}));
+  };
+  EXPECT_EXIT(request(), testing::ExitedWithCode(3), "");
 }
 
 }  // namespace

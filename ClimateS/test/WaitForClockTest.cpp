@@ -47,6 +47,23 @@ TEST_F(WaitStartTest, TheTypeIsLoggedAsASignedNumber) {
                            "wait for NTP time"));
 }
 
+TEST_F(WaitStartTest, TheWaitHasBegunBeforeTheThreadRuns) {
+  unsigned waiting = 0;
+  fake::OnThreadStarted([&] {
+    m_blackBox.writeResetReasonToBlackbox();  // as the thread does, where the clock is set
+    waiting = static_cast<unsigned>(fake::Calls("AaFileClose").size());
+  });
+  Start(kWatchdog);
+  EXPECT_EQ(waiting, 1u);
+  EXPECT_THAT(History(), ElementsAre(kNow + "Watchdog reset" + BootState() + "\n"));
+}
+
+TEST_F(WaitStartTest, TheFailureHasALineFeedAtItsEnd) {
+  fake::FailCall("AaSysComEuCreateAndStart", 1, 12);
+  m_blackBox.startWaitingForNTPTime(kWatchdog);
+  EXPECT_TRUE(fake::CalledInOrder({Logging(kError, m_failure.text + "\n")}));
+}
+
 TEST_F(WaitStartTest, AThreadThatCannotBeStartedIsLogged) {
   fake::FailCall("AaSysComEuCreateAndStart", 1, 12);
   m_blackBox.startWaitingForNTPTime(kWatchdog);

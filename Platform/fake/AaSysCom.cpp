@@ -6,7 +6,9 @@
 #include "MessageQueues.h"
 
 #include <cerrno>
+#include <functional>
 #include <optional>
+#include <utility>
 
 using namespace fake;
 using namespace fake::internal;
@@ -183,13 +185,18 @@ i32 AaSysComUserDeregister(u32 task) {
 
 i32 AaSysComEuCreateAndStart(TAaProEuId* eu, const char* name, void* (*entry)(void*), u32 stackSize, u32 priority,
                              const void* argument, u32 argumentSize) {
-  const Lock lock;
   Call call("AaSysComEuCreateAndStart", name, stackSize, priority);
   const auto* bytes = static_cast<const u8*>(argument);
   call.arguments.emplace_back(bytes != nullptr ? Value(Bytes(bytes, bytes + argumentSize)) : Value(nullptr));
   if (const auto failure = Record(std::move(call))) return *failure;
   if (eu == nullptr || name == nullptr || entry == nullptr || (argument == nullptr && argumentSize != 0)) return EINVAL;
-  *eu = AddThread(name, entry, stackSize, priority, argument, argumentSize);
+  std::function<void()> action;
+  {
+    const Lock lock;
+    *eu = AddThread(name, entry, stackSize, priority, argument, argumentSize);
+    action = ActionOfAStart();
+  }
+  if (action) action();
   return 0;
 }
 

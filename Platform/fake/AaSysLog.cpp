@@ -25,7 +25,6 @@ __attribute__((format(printf, 1, 0))) std::string Format(const char* format, va_
   std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
   std::vsnprintf(text.data(), text.size() + 1, format, again);
   va_end(again);
-  if (text.ends_with('\n')) text.pop_back();
   return text;
 }
 
@@ -93,6 +92,7 @@ void AaSysLogPrintE(EAaSysLogSeverityLevel level, u32 feature, const char* forma
   va_end(arguments);
   const Lock lock;
   Record({"AaSysLogPrintE", level, feature, text});
+  if (text.ends_with('\n')) text.pop_back();
   TheLog().push_back({level, feature, std::move(text)});
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace fake {
 namespace {
@@ -24,6 +25,7 @@ struct Execution {
   std::vector<StartedThread> threads;
   unsigned generation = 0;  ///< counts the Resets: execution units of before are void
   unsigned freeSleeps = 0;
+  std::function<void()> onThreadStarted;
 };
 
 Execution& TheExecution() {
@@ -84,6 +86,11 @@ std::vector<StartedThread> StartedThreads() {
   return TheExecution().threads;
 }
 
+void OnThreadStarted(std::function<void()> action) {
+  const Lock lock;
+  TheExecution().onThreadStarted = std::move(action);
+}
+
 ThreadEnd RunThread(const std::string& name, unsigned sleeps, unsigned nth) {
   StartedThread thread;
   {
@@ -134,6 +141,8 @@ TAaProEuId AddThread(const char* name, void* (*entry)(void*), u32 stackSize, u32
   TheExecution().threads.push_back(thread);
   return thread.eu;
 }
+
+std::function<void()> ActionOfAStart() { return TheExecution().onThreadStarted; }
 
 bool RunStartedThread() {
   StartedThread thread;

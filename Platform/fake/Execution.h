@@ -6,6 +6,7 @@
 #include "fake/Messages.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace fake::internal {
 
@@ -33,6 +34,8 @@ class EuScope {
 /// Writes a thread down. @return its execution unit
 TAaProEuId AddThread(const char* name, void* (*entry)(void*), u32 stackSize, u32 priority, const void* argument,
                      u32 argumentSize);
+/// @return what a test wants to happen after the start of a thread; may be empty
+std::function<void()> ActionOfAStart();
 /// Runs the oldest thread that did not run yet, to its end. @return false when there is none
 bool RunStartedThread();
 /// Ends the run of the calling thread by an exception when it has had its number of sleeps.

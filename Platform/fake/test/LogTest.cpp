@@ -15,6 +15,11 @@ TEST_F(Log, ALineFeedAtTheEndIsNotPartOfTheLine) {
   EXPECT_EQ(fake::LogTexts(EAaSysLogSeverityLevel_Info), std::vector<std::string>{"text"});
 }
 
+TEST_F(Log, ALineFeedAtTheEndIsPartOfTheCall) {
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 1, "text\n");
+  EXPECT_EQ(fake::Calls(), (std::vector<fake::Call>{{"AaSysLogPrintE", EAaSysLogSeverityLevel_Info, 1, "text\n"}}));
+}
+
 TEST_F(Log, LinesBelowTheThresholdAreKeptToo) {
   AaSysLogSetThreshold(EAaSysLogSeverityLevel_Error);
   AaSysLogPrintE(EAaSysLogSeverityLevel_Debug, 1, "text");

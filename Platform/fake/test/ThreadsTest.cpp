@@ -29,6 +29,20 @@ class Threads : public fake::PlatformTest {
   }
 };
 
+TEST_F(Threads, ANewThreadMayBeFasterThanTheOneThatStartsIt) {
+  fake::OnThreadStarted([] { fake::RunThread("Keeper"); });
+  Start("Keeper", KeepArgument, 7);
+  EXPECT_EQ(g_rounds, 7);
+}
+
+TEST_F(Threads, NoActionRunsAfterAStartThatFailed) {
+  unsigned runs = 0;
+  fake::OnThreadStarted([&] { ++runs; });
+  fake::FailCall("AaSysComEuCreateAndStart");
+  Start("Keeper", KeepArgument);
+  EXPECT_EQ(runs, 0u);
+}
+
 TEST_F(Threads, AreWrittenDownAndNotStarted) {
   const TAaProEuId eu = Start("Poller", CountRounds, 3);
   const fake::StartedThread thread = fake::StartedThreads().at(0);

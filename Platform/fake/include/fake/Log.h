@@ -1,5 +1,6 @@
 /// @file
-/// Log lines. Every line is kept, whatever the threshold, formatted and without a line feed at its end.
+/// Log lines. Every line is kept, whatever the threshold, formatted and without a line feed at its end; the recorded
+/// call has the text as it was given.
 #pragma once
 
 #include "AaSysLog.h"

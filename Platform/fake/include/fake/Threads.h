@@ -5,6 +5,7 @@
 #include "AaSysCom.h"
 #include "fake/Recorder.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,10 @@ enum class ThreadEnd { Returned, Sleeping };
 
 /// @return the threads started since the last Reset
 std::vector<StartedThread> StartedThreads();
+
+/// Runs @p action after each thread that was started, before the call that started it returns, e.g. to let the new
+/// thread be the faster one. A Reset takes the action back.
+void OnThreadStarted(std::function<void()> action);
 
 /// Runs a thread from its beginning on the calling thread, with its own execution unit and a fresh copy of its
 /// argument, until it returns or comes to its sleep number @p sleeps + 1; the sleeps before let virtual time pass. The
