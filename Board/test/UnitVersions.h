@@ -63,6 +63,7 @@ inline const SensorsOfTypes kVydSensors = {
     {"RFP2", {{"RFP2_RF_ASIC", 39}, {"RFP2_PDRX", 40}, {"RFP2_PA", 41}, {"RFP2_RF_ASIC_ENV", 54}}},
     {"RFP3", {{"RFP3_RF_ASIC", 43}, {"RFP3_PDRX", 44}, {"RFP3_PA", 45}, {"RFP3_RF_ASIC_ENV", 55}}},
 };
+inline const SensorsOfTypes kNoSensors = {};
 inline const SensorsOfTypes kZunSensors = {{"Kel", {{"ZUN_MCU", 233}}}};
 
 struct UnitVersion {
@@ -75,6 +76,7 @@ struct UnitVersion {
 inline const UnitVersion kUnitVersions[] = {
     {.board = "kela", .sensors = &kKelSensors, .fans = 2, .hasBlackBox = true},
     {.board = "kelb", .sensors = &kKelSensors, .fans = 2, .hasBlackBox = true},
+    {.board = "kelbn", .sensors = &kNoSensors, .fans = 2, .hasBlackBox = true},  // only in the table of fans
     {.board = "kelc", .sensors = &kKelSensors, .fans = 3, .hasBlackBox = true},  // in the smaller cabinet
     {.board = "keld", .sensors = &kKelSensors, .fans = 2, .hasBlackBox = true},  // in the larger one
     {.board = "kele", .sensors = &kKeleSensors, .fans = 0, .hasBlackBox = false},

@@ -1,11 +1,17 @@
 // The descriptions in Board/boards.
 #include "BoardDescription.h"
+#include "TestBoard.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <exception>
 #include <filesystem>
+#include <iterator>
 #include <ostream>
 #include <set>
+#include <sstream>
+#include <string>
 
 using namespace hwapi::board;
 
@@ -52,12 +58,14 @@ void PrintTo(const Board& board, std::ostream* out) { *out << board.file; }
 
 const Devices kKele = Union({Range(0x10000, 0x10005), {0x80006}, kSlots});
 const Devices kKelf = Union({Range(0x10000, 0x10004), kTransport, kSlots});
+const Devices kNone = {};
 const Devices kZun = {0x10007};
 
 const Board kBoards[] = {
     {"dev", EUnitType_Kel, EUnitVersion_Kela, kControlBoard, 2},
     {"kela", EUnitType_Kel, EUnitVersion_Kela, kControlBoard, 2},
     {"kelb", EUnitType_Kel, EUnitVersion_Kelb, kControlBoard, 2},
+    {"kelbn", EUnitType_Kel, EUnitVersion_Kelbn, kNone, 2},
     {"kelc", EUnitType_Kel, EUnitVersion_Kelc, kControlBoard, 3},
     {"keld", EUnitType_Kel, EUnitVersion_Keld, kControlBoard, 2},
     {"kele", EUnitType_Kel, EUnitVersion_Kele, kKele, 0},
@@ -113,6 +121,34 @@ TEST(Boards, ALinuxBoxStartsWithoutAnyOfItsSensors) {
   const auto sensors = LoadBoard("linux-box").temperatures;
   EXPECT_FALSE(sensors.empty());
   for (const Temperature& sensor : sensors) EXPECT_TRUE(sensor.optional) << sensor.device;
+}
+
+/// @return the unit versions that a description may name, as the refusal of another one tells them
+std::set<std::string> VersionsOfDescriptions() {
+  const TestBoard board;
+  board.Describe("[unit]\nversion = \"none of them\"\n");
+  std::string text;
+  try {
+    Load(board.Description());
+  } catch (const std::exception& refusal) {
+    text = refusal.what();
+  }
+  text = text.substr(text.find("Allowed:") + 8);
+  std::ranges::replace(text, ',', ' ');
+  std::istringstream names(text.substr(0, text.find('\n')));
+  return {std::istream_iterator<std::string>(names), {}};
+}
+
+TEST(Boards, EveryVersionThatADescriptionMayNameHasOne) {
+  std::set<std::string> named = VersionsOfDescriptions();
+  EXPECT_EQ(named.erase("Unallocated"), 1u) << "that one is no board";
+  std::set<std::string> described;
+  for (const Board& board : kBoards) {
+    std::string name = board.file;
+    name.front() = static_cast<char>(name.front() - 'a' + 'A');
+    if (name != "Dev") described.insert(name);
+  }
+  EXPECT_EQ(named, described);
 }
 
 }  // namespace
