@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -21,6 +23,10 @@ namespace {
 
 constexpr std::string_view kGroupPrefix = "group:";
 constexpr std::size_t kLookupBuffer = 16 * 1024;
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
 
 std::optional<uid_t> UserId(const std::string& name) {
   std::vector<char> buffer(kLookupBuffer);
@@ -63,8 +69,25 @@ AccessRules AccessRules::FromNames(const std::vector<std::string>& names) {
   return rules;
 }
 
+bool KnowsUser(const char* uidMap, uid_t user) {
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(uidMap, "re"));
+  if (!file) {
+    return true;
+  }
+  unsigned long inside = 0, outside = 0, count = 0;
+  while (std::fscanf(file.get(), "%lu %lu %lu", &inside, &outside, &count) == 3) {
+    if (user >= inside && user - inside < count) {
+      return true;
+    }
+  }
+  return false;
+}
+
 bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser) {
   const auto allowed = [&](gid_t group) { return std::ranges::find(rules.groups, group) != rules.groups.end(); };
+  if (!peer.isKnown) {
+    return false;
+  }
   return peer.uid == 0 || peer.uid == ownUser || std::ranges::find(rules.users, peer.uid) != rules.users.end() ||
          std::ranges::any_of(peer.groups, allowed);
 }
@@ -86,20 +109,28 @@ void TellRefusal(const char* what, const Peer& peer) {
   if (told->size() >= kPeersKnown) {
     told->clear();
   }
-  if (told->emplace(what, peer.pid, peer.uid).second) {
+  if (!told->emplace(what, peer.pid, peer.uid).second) {
+    return;
+  }
+  if (peer.isKnown) {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
                    "%s process %d of user %u are refused: name the user or one of its groups in access.send of %s to "
                    "allow them",
                    what, static_cast<int>(peer.pid), static_cast<unsigned>(peer.uid), board::OwnBoard().path.c_str());
+  } else {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                   "%s process %d are refused: an ordinary user brought this board up, and no other one can be told "
+                   "there; bring it up as root to let those in whom access.send of %s names",
+                   what, static_cast<int>(peer.pid), board::OwnBoard().path.c_str());
   }
 }
 
 Peer PeerOf(int socket) {
-  constexpr uid_t kOverflowUser = 65534;
+  static const bool knowsAll = KnowsUser("/proc/self/uid_map", kOverflowUser);
   ucred credentials{.pid = 0, .uid = kOverflowUser, .gid = kOverflowUser};
   socklen_t size = sizeof credentials;
   ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size);
-  Peer peer{.pid = credentials.pid, .uid = credentials.uid, .groups = {}};
+  Peer peer{.pid = credentials.pid, .uid = credentials.uid, .groups = {}, .isKnown = true};
   size = 0;
   ::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, nullptr, &size);  // tells the size it needs
   peer.groups.resize(size / sizeof(gid_t));
@@ -107,6 +138,7 @@ Peer PeerOf(int socket) {
     peer.groups.clear();
   }
   peer.groups.push_back(credentials.gid);
+  peer.isKnown = peer.uid != kOverflowUser || knowsAll;
   return peer;
 }
 

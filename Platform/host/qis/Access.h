@@ -14,7 +14,16 @@ struct Peer {
   pid_t pid = 0;
   uid_t uid = 0;
   std::vector<gid_t> groups;  ///< first and supplementary ones
+  bool isKnown = true;        ///< false: one of the users that this process cannot tell from each other
 };
+
+/// What the kernel shows instead of users and groups that the own user namespace does not know, such as that of a board
+/// which an ordinary user brought up.
+inline constexpr uid_t kOverflowUser = 65534;
+
+/// @param uidMap path of a user namespace's /proc/PID/uid_map
+/// @return whether that namespace knows a user; true when it does not tell
+bool KnowsUser(const char* uidMap, uid_t user);
 
 /// Users and groups that may send, beside root and the receiver's own user.
 struct AccessRules {
@@ -27,6 +36,7 @@ struct AccessRules {
 };
 
 /// @param ownUser the receiver's effective user
+/// @return false also for a user that is not known, whatever the rules name
 bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser);
 
 /// @return whether the rules of the own board's description let a peer send to this process

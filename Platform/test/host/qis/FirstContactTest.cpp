@@ -10,6 +10,8 @@
 
 #include <array>
 #include <cstring>
+#include <fstream>
+#include <string>
 
 namespace hwapi::test {
 namespace {
@@ -35,6 +37,27 @@ TEST(Access, IsGrantedToANamedUser) {
 
 TEST(Access, IsGrantedToAnyMemberOfANamedGroup) {
   EXPECT_TRUE(MaySend({.pid = 1, .uid = 1001, .groups = {5, 6}}, {.users = {}, .groups = {6}}, kReceiver));
+}
+
+TEST(Access, IsRefusedToAUserThatIsNotKnownWhateverTheRulesName) {
+  const qis::Peer peer{.pid = 1, .uid = qis::kOverflowUser, .groups = {qis::kOverflowUser}, .isKnown = false};
+  EXPECT_FALSE(MaySend(peer, {.users = {qis::kOverflowUser}, .groups = {qis::kOverflowUser}}, kReceiver));
+}
+
+TEST(Access, KnownUsersAreThoseOfTheNamespace) {
+  const Board board;
+  const std::string map = board.Folder() + "/uid_map";
+  std::ofstream(map) << "      1234       1234          1\n      2000          0        100\n";
+  for (const uid_t user : {1234u, 2000u, 2099u}) EXPECT_TRUE(qis::KnowsUser(map.c_str(), user)) << user;
+  for (const uid_t user : {0u, 1235u, 2100u, 65534u}) EXPECT_FALSE(qis::KnowsUser(map.c_str(), user)) << user;
+}
+
+TEST(Access, EveryUserIsKnownWithoutANamespace) {
+  const Board board;
+  const std::string map = board.Folder() + "/uid_map";
+  EXPECT_TRUE(qis::KnowsUser(map.c_str(), qis::kOverflowUser)) << "the kernel has none";
+  std::ofstream(map) << "         0          0 4294967295\n";
+  EXPECT_TRUE(qis::KnowsUser(map.c_str(), qis::kOverflowUser));
 }
 
 TEST(Access, RulesTakeUserAndGroupNamesApart) {
