@@ -234,6 +234,11 @@ TEST_F(SensorGroupTest, StartAfterAStopIsAccepted) {
 
 TEST_F(SensorGroupTest, StopOfAStoppedGroupAnswersNoError) { EXPECT_EQ(Deactivate(), 0); }
 
+TEST_F(SensorGroupTest, StopOfAStoppedGroupDeletesTheTimerZeroAllTheSame) {
+  Deactivate();
+  EXPECT_EQ(fake::Calls("AaSysTimerDelete"), (std::vector<fake::Call>{{"AaSysTimerDelete", 0}}));
+}
+
 TEST_F(SensorGroupTest, StopAnswersNoErrorAlsoWhenTheTimerCannotBeDeleted) {
   Activate();
   fake::FailCall("AaSysTimerDelete");
@@ -269,7 +274,7 @@ TEST_F(SensorGroupTest, MessageThatCannotBeCreatedThrows) {
   } catch (const SensorGroup::MsgCreationFailedException& e) {
     EXPECT_STREQ(e.what(), "Message creation failed");
     EXPECT_EQ(e.getDescription(), "Message allocation failed for API_TEMPERATURE_POLL_TIMER_IND_MSG");
-    EXPECT_NE(e.getFile(), "");
+    EXPECT_EQ(e.getFile(), "SensorGroup.cpp");
     EXPECT_NE(e.getLine(), 0u);
   }
 }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <ostream>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace ps::hwapi::common::climate {
@@ -20,16 +22,19 @@ struct Board {
   std::vector<EUnitVersion> versions;
   std::vector<TypedGroup> groups;
   bool feedsPsuSpi = false;
+  std::vector<std::string> namesInBlackBox = {};  ///< of sensors, in the order in which the black box learns them
 };
 
 const Board kBoards[] = {
     {.name = "Kel",
      .versions = {EUnitVersion{15}, EUnitVersion{16}, EUnitVersion{17}, EUnitVersion{18}, EUnitVersion{43},
                   EUnitVersion{58}},
-     .groups = {{1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 5, 0x10000}, {7, 1, 0x10005}, {8, 2, 0x50000}}},
+     .groups = {{1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 5, 0x10000}, {7, 1, 0x10005}, {8, 2, 0x50000}},
+     .namesInBlackBox = {"KEL_MCU", "KEL", "KEL_ENV", "KEL_VORNIK", "KEL_INTAKE", "KEL_OCXO", "TOV_MCU", "TOV"}},
     {.name = "Kelf",
      .versions = {EUnitVersion{41}},
-     .groups = {{1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 5, 0x10000}, {8, 2, 0x50000}}},
+     .groups = {{1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 5, 0x10000}, {8, 2, 0x50000}},
+     .namesInBlackBox = {"KEL_MCU", "KEL", "KEL_ENV", "KEL_VORNIK", "KEL_INTAKE", "TOV_MCU", "TOV"}},
     {.name = "Kele",
      .versions = {EUnitVersion{31}},
      .groups = {{1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 5, 0x10000}, {7, 1, 0x10005}, {14, 1, 0x80006}}},
@@ -45,7 +50,10 @@ const Board kBoards[] = {
                 {10, 4, 0x70031},
                 {12, 1, 0x70040},
                 {13, 1, 0x70041}},
-     .feedsPsuSpi = true},
+     .feedsPsuSpi = true,
+     .namesInBlackBox = {"MCU", "CLK", "FAN", "ETH", "OCXO", "DSP1", "DSP2", "DSP3", "RFP1_RF_ASIC", "RFP1_PDRX",
+                         "RFP1_PA", "RFP1_RF_ASIC_PA", "RFP2_RF_ASIC", "RFP2_PDRX", "RFP2_PA", "RFP2_RF_ASIC_PA",
+                         "Filter", "PSU"}},
     {.name = "Vyd",
      .versions = {EUnitVersion{26}, EUnitVersion{27}, EUnitVersion{28}},
      .groups = {{1, 2, 0x60010},
@@ -57,7 +65,7 @@ const Board kBoards[] = {
                 {9, 4, 0x60022},
                 {10, 4, 0x60032},
                 {11, 4, 0x60042}}},
-    {.name = "Zun", .versions = {EUnitVersion{51}}, .groups = {{6, 1, 0x10007}}},
+    {.name = "Zun", .versions = {EUnitVersion{51}}, .groups = {{6, 1, 0x10007}}, .namesInBlackBox = {"ZUN_MCU"}},
     {.name = "Unsupported",
      .versions = {EUnitVersion{0}, EUnitVersion{14}, EUnitVersion{29}, EUnitVersion{32}, EUnitVersion{33},
                   EUnitVersion{40}, EUnitVersion{42}, EUnitVersion{57}, EUnitVersion{59}},
@@ -85,6 +93,16 @@ std::vector<BoardVersion> EveryVersion() {
 class SensorGroupsOfBoardTest : public ServiceOnBoardTest, public testing::WithParamInterface<BoardVersion> {
  protected:
   const Board& TheBoard() const { return *GetParam().board; }
+
+  /// @return the names of sensors that the black box has learnt, in that order
+  static std::vector<std::string> NamesInBlackBox() {
+    constexpr std::string_view kLearnt = "BlackBoxData::addSensor(): sensor ";
+    std::vector<std::string> names;
+    for (const std::string& text : fake::LogTexts(EAaSysLogSeverityLevel_Debug)) {
+      if (text.starts_with(kLearnt)) names.push_back(text.substr(kLearnt.size()));
+    }
+    return names;
+  }
 
   bool HasGroupFor(u32 sensorType) const {
     return std::ranges::find(TheBoard().groups, sensorType, &TypedGroup::sensorType) != TheBoard().groups.end();
@@ -117,6 +135,12 @@ TEST_P(SensorGroupsOfBoardTest, ThreadThatFeedsThePsuSpiIsStartedWhereItIsNeeded
   Start(GetParam().version);
   const auto feeders = std::ranges::count(fake::StartedThreads(), "PsuSpiPoller", &fake::StartedThread::name);
   EXPECT_EQ(feeders, TheBoard().feedsPsuSpi ? 1 : 0);
+}
+
+TEST_P(SensorGroupsOfBoardTest, BlackBoxLearnsTheNamesOfAllSensorsInTheirOrderOrNone) {
+  fake::Unit().version = GetParam().version;
+  m_service.emplace().Init();
+  EXPECT_EQ(NamesInBlackBox(), TheBoard().namesInBlackBox);
 }
 
 TEST_P(SensorGroupsOfBoardTest, UnsupportedVersionIsLoggedOnce) {

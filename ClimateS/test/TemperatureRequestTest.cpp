@@ -265,6 +265,19 @@ TEST_F(TemperatureRequestTest, ArrivalIsLoggedWithTheClientAddressAsRequested) {
                            "ApiTempMeasReq message arrived 1 5 1000 0 0x0. Responded with status 3"));
 }
 
+TEST_F(TemperatureRequestTest, ArrivalIsLoggedBeforeTheResponseIsSent) {
+  Ask(Request{});
+  EXPECT_TRUE(fake::CalledInOrder({{"AaSysLogPrintE", EAaSysLogSeverityLevel_Debug, 131143,
+                                    "ApiTempMeasReq message arrived 0 6 1000 0 0x0. Responded with status 0"},
+                                   {"AaSysComMsgSend", kResponseId}}));
+}
+
+TEST_F(TemperatureRequestTest, ArrivalShowsTheClientAddressInHexadecimalAndAllElseSigned) {
+  Ask(Words({0x80000000, 0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFFFD, 0xFFFFFFFC}));
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Debug,
+                           "ApiTempMeasReq message arrived -2147483648 -1 -2 -3 0xFFFFFFFC. Responded with status 3"));
+}
+
 TEST_F(TemperatureRequestTest, ReplyThatCannotBeCreatedIsRefusedBeforeAnythingIsDone) {
   fake::FailCall("AaSysComMsgCreateReply");
   EXPECT_EQ(Refusal(MessageOf(Request{})), "Message handling error: Creation of API_TEMP_MEAS_RESP_MSG failed");
@@ -292,7 +305,7 @@ TEST_F(TemperatureRequestTest, RefusalKeepsThePlaceWhereTheGroupFailed) {
     fake::Dispatch(MessageOf(Request{}));
     FAIL() << "nothing was thrown";
   } catch (const MsgHandlingException& refusal) {
-    EXPECT_NE(refusal.getFile().find("SensorGroup.cpp"), std::string::npos) << refusal.getFile();
+    EXPECT_EQ(refusal.getFile(), "SensorGroup.cpp");
     EXPECT_NE(refusal.getLine(), 0u);
   }
 }

@@ -1,4 +1,5 @@
-/// The numbers that other services of the board rely on: message ids, payload sizes, endpoints and online values.
+/// The numbers that other services of the board rely on: message ids, payload sizes, endpoints, online values, and the
+/// enumerators of temperature measurement.
 #include "messages/MessageIds.h"
 
 #include "Endpoints.h"
@@ -9,6 +10,7 @@
 #include "messages/Reset.h"
 #include "messages/ResetEvent.h"
 #include "messages/TempMeas.h"
+#include "messages/TempSensorName.h"
 
 #include <gtest/gtest.h>
 
@@ -84,6 +86,69 @@ INSTANTIATE_TEST_SUITE_P(Status, WireNumber,
                                          NUMBER_OF(EStatus_InvalidParam, 4), NUMBER_OF(EStatus_Initialized, 6),
                                          NUMBER_OF(EStatus_NotInitialized, 7)),
                          NameOf);
+
+INSTANTIATE_TEST_SUITE_P(TempMeasCommand, WireNumber,
+                         testing::Values(NUMBER_OF(ETempMeasCommand_Start, 0), NUMBER_OF(ETempMeasCommand_Stop, 1)),
+                         NameOf);
+
+INSTANTIATE_TEST_SUITE_P(TempMeasResolution, WireNumber,
+                         testing::Values(NUMBER_OF(ETempMeasResolution_Normal, 0),
+                                         NUMBER_OF(ETempMeasResolution_High, 1)),
+                         NameOf);
+
+INSTANTIATE_TEST_SUITE_P(TempMeasError, WireNumber,
+                         testing::Values(NUMBER_OF(ETempMeasError_NoError, 0), NUMBER_OF(ETempMeasError_Resolution, 1),
+                                         NUMBER_OF(ETempMeasError_SensorType, 3), NUMBER_OF(ETempMeasError_Command, 4),
+                                         NUMBER_OF(ETempMeasError_Interval, 5),
+                                         NUMBER_OF(ETempMeasError_AlreadyStarted, 6),
+                                         NUMBER_OF(ETempMeasError_NoResponse, 7)),
+                         NameOf);
+
+INSTANTIATE_TEST_SUITE_P(TempSensorType, WireNumber,
+                         testing::Values(NUMBER_OF(ETempSensorType_None, 0), NUMBER_OF(ETempSensorType_Dax1, 1),
+                                         NUMBER_OF(ETempSensorType_Dax2, 2), NUMBER_OF(ETempSensorType_Dax3, 3),
+                                         NUMBER_OF(ETempSensorType_DaxAll, 4), NUMBER_OF(ETempSensorType_Borz, 5),
+                                         NUMBER_OF(ETempSensorType_Kel, 6), NUMBER_OF(ETempSensorType_KelOcxo, 7),
+                                         NUMBER_OF(ETempSensorType_Tov, 8), NUMBER_OF(ETempSensorType_RFP1, 9),
+                                         NUMBER_OF(ETempSensorType_RFP2, 10), NUMBER_OF(ETempSensorType_RFP3, 11),
+                                         NUMBER_OF(ETempSensorType_Filter, 12), NUMBER_OF(ETempSensorType_Psu, 13),
+                                         NUMBER_OF(ETempSensorType_KelOcxoDcm, 14),
+                                         NUMBER_OF(ETempSensorType_Mipo1, 15), NUMBER_OF(ETempSensorType_Mipo2, 16),
+                                         NUMBER_OF(ETempSensorType_Nusk1, 17), NUMBER_OF(ETempSensorType_Nusk2, 18),
+                                         NUMBER_OF(ETempSensorType_Nusk3, 19), NUMBER_OF(ETempSensorType_Nusk4, 20),
+                                         NUMBER_OF(ETempSensorType_Nusk5, 21), NUMBER_OF(ETempSensorType_Nusk6, 22),
+                                         NUMBER_OF(ETempSensorType_Nusk7, 23), NUMBER_OF(ETempSensorType_Nusk8, 24),
+                                         NUMBER_OF(ETempSensorType_Nusk9, 25), NUMBER_OF(ETempSensorType_Nusk10, 26),
+                                         NUMBER_OF(ETempSensorType_Nusk11, 27), NUMBER_OF(ETempSensorType_Nusk12, 28),
+                                         NUMBER_OF(ETempSensorType_Nusk13, 29), NUMBER_OF(ETempSensorType_Nusk14, 30),
+                                         NUMBER_OF(ETempSensorType_Nusk15, 31), NUMBER_OF(ETempSensorType_Nusk16, 32),
+                                         NUMBER_OF(ETempSensorType_NuskAll, 33), NUMBER_OF(ETempSensorType_Odra1, 34),
+                                         NUMBER_OF(ETempSensorType_Odra2, 35), NUMBER_OF(ETempSensorType_OdraAll, 36),
+                                         NUMBER_OF(ETempSensorType_Rukta1, 37), NUMBER_OF(ETempSensorType_Rukta2, 38),
+                                         NUMBER_OF(ETempSensorType_Rukta3, 39), NUMBER_OF(ETempSensorType_Rukta4, 40),
+                                         NUMBER_OF(ETempSensorType_RuktaAll, 41), NUMBER_OF(ETempSensorType_Sivk, 42),
+                                         NUMBER_OF(ETempSensorType_Nusk, 43), NUMBER_OF(ETempSensorType_Backplane, 44)),
+                         NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    TempSensorName, WireNumber,
+    testing::Values(NUMBER_OF(TEMP_SENSOR_KEL_MCU, 6), NUMBER_OF(TEMP_SENSOR_KEL, 7), NUMBER_OF(TEMP_SENSOR_KEL_ENV, 8),
+                    NUMBER_OF(TEMP_SENSOR_KEL_VORNIK, 9), NUMBER_OF(TEMP_SENSOR_KEL_INTAKE, 10),
+                    NUMBER_OF(TEMP_SENSOR_KEL_OCXO, 11), NUMBER_OF(TEMP_SENSOR_DAX1_DSP1, 13),
+                    NUMBER_OF(TEMP_SENSOR_TOV_MCU, 33), NUMBER_OF(TEMP_SENSOR_TOV, 34),
+                    NUMBER_OF(TEMP_SENSOR_RFP1_RF_ASIC, 35), NUMBER_OF(TEMP_SENSOR_RFP1_PDRX, 36),
+                    NUMBER_OF(TEMP_SENSOR_RFP1_PA, 37), NUMBER_OF(TEMP_SENSOR_RFP1_RF_ASIC_PA, 38),
+                    NUMBER_OF(TEMP_SENSOR_RFP2_RF_ASIC, 39), NUMBER_OF(TEMP_SENSOR_RFP2_PDRX, 40),
+                    NUMBER_OF(TEMP_SENSOR_RFP2_PA, 41), NUMBER_OF(TEMP_SENSOR_RFP2_RF_ASIC_PA, 42),
+                    NUMBER_OF(TEMP_SENSOR_RFP3_RF_ASIC, 43), NUMBER_OF(TEMP_SENSOR_RFP3_PDRX, 44),
+                    NUMBER_OF(TEMP_SENSOR_RFP3_PA, 45), NUMBER_OF(TEMP_SENSOR_RFP3_RF_ASIC_PA, 46),
+                    NUMBER_OF(TEMP_SENSOR_FILTER, 47), NUMBER_OF(TEMP_SENSOR_MCU_ENV, 48),
+                    NUMBER_OF(TEMP_SENSOR_MIPO, 49), NUMBER_OF(TEMP_SENSOR_MIPO_ENV, 50),
+                    NUMBER_OF(TEMP_SENSOR_VORNIK_ENV, 51), NUMBER_OF(TEMP_SENSOR_DAX1_DSP1_ENV, 52),
+                    NUMBER_OF(TEMP_SENSOR_RFP1_RF_ASIC_ENV, 53), NUMBER_OF(TEMP_SENSOR_RFP2_RF_ASIC_ENV, 54),
+                    NUMBER_OF(TEMP_SENSOR_RFP3_RF_ASIC_ENV, 55), NUMBER_OF(TEMP_SENSOR_PSU, 56),
+                    NUMBER_OF(TEMP_SENSOR_KEL_OCXO_DCM, 57), NUMBER_OF(TEMP_SENSOR_ZUN, 233)),
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(Rad, WireNumber,
                          testing::Values(NUMBER_OF(ERadHwapi_PrintClimateService, 131143),
