@@ -205,8 +205,8 @@ void Service::Startup(int argc, char** argv) {
   m_state->ParseCommandLine(argc, argv);
   m_state->CheckBoard();
   if (!m_state->Start(*this)) return;
-  m_state->supervisor.Ready();
   m_state->StartSignsOfLife();
+  m_state->supervisor.Ready();
   Run();
   Exit();
 }

@@ -1,4 +1,6 @@
 // What the supervisor is told.
+#include "AaSysTime.h"
+#include "Client.h"
 #include "ServiceProcess.h"
 #include "TestBoard.h"
 
@@ -95,6 +97,54 @@ TEST_F(SupervisorTest, GetsNoSignsOfLifeThatAnotherProcessOwes) {
   EXPECT_EQ(supervisor.Notice(), "READY=1");
   service.Signal(SIGTERM);
   EXPECT_EQ(supervisor.Notice(), "STOPPING=1");
+}
+
+/// A board whose clock stands still unless the test moves it, and a supervisor that expects a sign of life every
+/// second.
+class SignOfLifeTest : public SupervisorTest {
+ protected:
+  static constexpr u32 kAsk = 0x1000;
+
+  SignOfLifeTest() {
+    m_board.Describe("[clock]\nspeed = 0\nstart = 2024-06-15T12:00:00Z\n");
+    setenv("WATCHDOG_USEC", "2000000", 1);
+  }
+  /// @param ms since the clock was made
+  static void SetClock(u32 ms) {
+    const SAaTime time{
+        .year = 2024, .month = 6, .day = 15, .hour = 12, .minute = 0, .second = ms / 1000, .millisec = ms % 1000};
+    EXPECT_EQ(AaUtcTimeSet(&time), 0);
+  }
+};
+
+TEST_F(SignOfLifeTest, ComesWhenTheTimersMakeProgress) {
+  const Supervisor supervisor(Path());
+  const ServiceProcess service({.init = [](Probe& probe) { probe.Answer(kAsk, 1); }});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+  const Client client;
+  SetClock(999);
+  EXPECT_EQ(client.Ask(kAsk), 1u) << "the service thread lives";
+  EXPECT_FALSE(supervisor.Told());
+  SetClock(1000);
+  EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");
+}
+
+TEST_F(SignOfLifeTest, ComesWhenTheServiceThreadMakesProgress) {
+  const Supervisor supervisor(Path());
+  ServiceProcess service({.init = [](Probe& probe) {
+    probe.Handle(kAsk, [](void*) {
+      Say("handling");
+      WaitForTest();
+    });
+  }});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+  const Client client;
+  client.Send(kAsk);
+  ASSERT_TRUE(service.Says("handling"));
+  SetClock(1000);
+  EXPECT_FALSE(supervisor.Told()) << "a handler does not come to its end";
+  service.GoOn();
+  EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");
 }
 
 TEST_F(SupervisorTest, MayBeMissing) {
