@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kPatience{5000};
 
+/// How the daemon ends when the board's description is wrong, or hardware that it names cannot be used.
+constexpr const char* kBoardRefused = "exit status 2";
+
 using Clock = std::chrono::steady_clock;
 
 std::string ReadAll(int fd) {
@@ -27,8 +30,11 @@ std::string ReadAll(int fd) {
 
 }  // namespace
 
-DaemonKeeper::DaemonKeeper(StateDirectory state, std::string daemon)
-    : m_state(std::move(state)), m_daemon(std::move(daemon)), m_thread([this] { Loop(); }) {}
+DaemonKeeper::DaemonKeeper(StateDirectory state, std::string daemon, std::function<void()> refused)
+    : m_state(std::move(state)),
+      m_daemon(std::move(daemon)),
+      m_refused(std::move(refused)),
+      m_thread([this] { Loop(); }) {}
 
 DaemonKeeper::~DaemonKeeper() {
   std::shared_ptr<ProcessHandle> process;
@@ -113,6 +119,12 @@ bool DaemonKeeper::Pause(const std::string& outcome, std::chrono::milliseconds r
   m_process.reset();
   m_down = true;
   m_changed.notify_all();
+  if (!m_stopping && m_starts == 1 && outcome == kBoardRefused) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, 0, "daemon ended with %s: it cannot use this board, which goes down",
+                   outcome.c_str());
+    m_refused();
+    return false;
+  }
   if (!m_stopping && !m_held) {
     const std::chrono::milliseconds pause = m_pause.Next(ran);
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, 0, "daemon ended after %lld ms: %s; starting it again in %lld ms",

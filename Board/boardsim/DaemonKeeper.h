@@ -17,8 +17,11 @@ namespace boardsim {
 /// Starts the daemon in its own root, and again whenever it ends.
 class DaemonKeeper {
  public:
-  /// @param daemon program file
-  DaemonKeeper(StateDirectory state, std::string daemon);
+  /// @param daemon  program file
+  /// @param refused called on a thread of this object, at most once, when the daemon cannot use the board (it ends with
+  ///                status 2) at its first start, which another one would not change: it is not started again then.
+  ///                Later, what was there once may come back, and so may the daemon
+  DaemonKeeper(StateDirectory state, std::string daemon, std::function<void()> refused);
   /// Ends the daemon and waits until it is gone.
   ~DaemonKeeper();
   DaemonKeeper(const DaemonKeeper&) = delete;
@@ -36,11 +39,12 @@ class DaemonKeeper {
   void Loop();
   /// Starts it and notes its process. @return the child to wait for
   pid_t Start();
-  /// Waits before the next start: not at all after a reset. @return false when the board goes down
+  /// Waits before the next start: not at all after a reset. @return false when there is none
   bool Pause(const std::string& outcome, std::chrono::milliseconds ran);
 
   const StateDirectory m_state;
   const std::string m_daemon;
+  const std::function<void()> m_refused;
   RestartPause m_pause;
 
   mutable std::mutex m_mutex;

@@ -30,13 +30,41 @@ constexpr const char* kHead =
     "[unit]\n"
     "type = \"Kel\"  # family: Kel, Pivo, Vyd, Vyg or Zun\n"
     "version = \"Kela\"  # decides which sensors the service asks for\n"
+    "product_code = \"000000A.000\"  # made up, like the number; the black box tells both\n"
+    "serial_number = \"LINUX\"\n"
     "\n"
     "[node]  # address of this processor\n"
     "board = 1\n"
     "cpu = 1\n"
     "\n"
-    "[access]  # who may send messages: users, or \"group:NAME\"\n"
-    "send = [\"root\"]\n";
+    "[access]  # who may send messages: users, or \"group:NAME\"\n";
+
+constexpr const char* kForBoardsim =
+    "send = [\"root\"]\n"
+    "\n"
+    "# Files of the black box, which tell after a failure what went on before. With them the service's start waits\n"
+    "# for the board's reset service, as long as it takes. `boardsim up` plays that one; where the service runs\n"
+    "# without it, use the description that `boardsim detect --service-alone` writes.\n"
+    "[tags]\n"
+    "\"app.hwapi.blackbox.config.file\" = \"/ffs/run/config/lifedata/blackbox_config\"\n"
+    "\"app.hwapi.blackbox.file\" = \"/ffs/run/config/lifedata/blackbox\"\n"
+    "\"app.hwapi.blackbox.temperature.file\" = \"/ffs/run/config/lifedata/blackbox_temperature\"\n"
+    "\"app.hwapi.blackbox.alarms.file\" = \"/ffs/run/config/lifedata/blackbox_alarms\"\n"
+    "\"app.hwapi.blackbox.oam.alarms.file\" = \"/ffs/run/logs/alarms\"\n"
+    "\"app.hwapi.blackbox.sfp.file\" = \"/ffs/run/config/lifedata/blackbox_sfp\"\n"
+    "\"app.hwapi.blackbox.oam.sfp.file\" = \"/ffs/run/logs/sfp\"\n"
+    "\n"
+    "[boot]  # what the boot logic tells; the black box records it\n"
+    "active = 53  # file system of the active image: 53 is /ffs/fs1, 54 is /ffs/fs2\n"
+    "image = 0  # which image runs: 0 the active, 1 the passive one\n"
+    "reset_loop_count = 0  # resets in a row\n";
+
+constexpr const char* kForServiceAlone =
+    "send = [\"root\", \"group:hwapi\"]  # the group of the installed service and of its clients\n"
+    "\n"
+    "# There is no black box, whose files [tags] would name and whose boot data [boot] would have: with one the\n"
+    "# service's start would wait, without end, for a reset service that is missing here. `boardsim detect` without\n"
+    "# an option writes a description with both, for `boardsim up`, which plays that service.\n";
 
 std::string Quoted(const std::string& text) {
   std::string quoted = "\"";
@@ -96,8 +124,9 @@ std::string SensorTable(const UnitSensor& sensor, const FoundSensor* found) {
 
 }  // namespace
 
-std::string DescribeMachine(const std::vector<FoundSensor>& found, const std::vector<FoundSensor>& fans) {
+std::string DescribeMachine(const std::vector<FoundSensor>& found, const std::vector<FoundSensor>& fans, RunBy runBy) {
   std::string text = kHead;
+  text += runBy == RunBy::Boardsim ? kForBoardsim : kForServiceAlone;
   text += found.empty() ? "\n# The kernel offers no temperature sensor here, so all sensors are simulated.\n"
                         : "\n# Sensors of the kernel stand in for the unit's; those that are left are simulated.\n"
                           "# With `optional = true` the board starts without a sensor.\n";

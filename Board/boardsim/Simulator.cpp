@@ -15,8 +15,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstddef>
-#include <cstdio>
 #include <vector>
 
 namespace boardsim {
@@ -74,7 +74,11 @@ void Simulator::Init() {
   m_reset.GoOnline(*this);
   m_autodet.GoOnline(*this);
   m_swdl.GoOnline(*this);
-  if (!m_daemon.empty()) m_keeper = std::make_unique<DaemonKeeper>(m_state, m_daemon);
+  if (m_daemon.empty()) return;
+  m_keeper = std::make_unique<DaemonKeeper>(m_state, m_daemon, [this] {
+    m_boardRefused = true;
+    kill(getpid(), SIGTERM);  // the orderly end
+  });
 }
 
 void Simulator::Exit() {
@@ -182,18 +186,17 @@ void Simulator::HandleStatusReq(void* msg) {
   AaSysComMsgSend(&response);
 }
 
-int Simulate(const StateDirectory& state, const std::string& daemon) {
+void Simulate(const StateDirectory& state, const std::string& daemon) {
   Simulator simulator(state, daemon);
   char name[] = "boardsim";
   char* arguments[] = {name, nullptr};
   try {
     simulator.Startup(1, arguments);
   } catch (const Service::InitFailedException& error) {
-    std::fprintf(stderr, "boardsim: %s: %s\n", error.what(), error.getDescription().c_str());
     simulator.Exit();
-    return 1;
+    throw SimError(ExitCode::Unreachable, "the simulator does not start: " + error.getDescription());
   }
-  return 0;
+  if (simulator.BoardRefused()) throw SimError(ExitCode::Usage, "the daemon cannot use the board");
 }
 
 }  // namespace boardsim

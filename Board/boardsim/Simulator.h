@@ -13,6 +13,7 @@
 #include "UnitControl.h"
 #include "UnitSlots.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -26,6 +27,9 @@ class Simulator : public ps::hwapi::common::Service {
 
   void Init() override;
   void Exit() override;
+
+  /// @return whether the board went down because the daemon cannot use it
+  bool BoardRefused() const { return m_boardRefused; }
 
  private:
   void StartTicks();
@@ -48,11 +52,12 @@ class Simulator : public ps::hwapi::common::Service {
   AutodetNeighbour m_autodet{m_slots};
   std::unique_ptr<UnitControl> m_units;
   SwdlNeighbour m_swdl;
+  std::atomic<bool> m_boardRefused = false;  ///< set by the keeper's thread
   std::unique_ptr<DaemonKeeper> m_keeper;
 };
 
 /// Runs the simulator of a state folder until SIGTERM. HWAPI_RUN and HWAPI_BOARD must be set.
-/// @return exit status of the process
-int Simulate(const StateDirectory& state, const std::string& daemon);
+/// @throw SimError (unreachable) when it does not start; (usage) when the daemon cannot use the board
+void Simulate(const StateDirectory& state, const std::string& daemon);
 
 }  // namespace boardsim

@@ -99,7 +99,7 @@ void StateDirectory::Prepare(bool fresh) const {
 }
 
 void StateDirectory::Join() const {
-  if (!fs::exists(Description())) {
+  if (!RunningPid()) {
     throw SimError(
         ExitCode::Unreachable,
         "no board is up in " + Root() + "; bring one up with `boardsim up FILE`, or name its folder with --state");

@@ -8,7 +8,6 @@
 #include "OnlineTag.h"
 #include "SensorNames.h"
 #include "ServiceNames.h"
-#include "SimError.h"
 #include "ddal_error.h"
 #include "ddal_fan.h"
 #include "ddal_temp.h"
@@ -102,12 +101,7 @@ void PrintClock() {
 
 void RunStatus(const Settings& settings) {
   const StateDirectory state = settings.State();
-  if (!state.RunningPid()) {
-    throw SimError(ExitCode::Unreachable,
-                   "no board is up in " + state.Root() +
-                       "; bring one up with `boardsim up FILE`, or name its folder with --state");
-  }
-  state.SetEnvironment();
+  state.Join();
   const SimulatorStatus status = RequestStatus();
   PrintProcesses(status.header);
   std::printf("\n");

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "DescriptionInput.h"
 #include "FlashLayout.h"
+#include "LogTail.h"
 #include "OnlineTag.h"
 #include "OnlineWatch.h"
 #include "Sandbox.h"
@@ -31,6 +32,9 @@ namespace {
 constexpr std::chrono::milliseconds kComeUpTime{20'000};
 constexpr std::chrono::milliseconds kGoDownTime{12'000};
 
+/// How the simulator ends when the daemon cannot use the board, or it cannot itself.
+constexpr const char* kBoardRefused = "exit status 2";
+
 struct UpArguments {
   std::string description;
   std::string daemon;
@@ -45,18 +49,18 @@ struct SimulateArguments {
   bool withParent = false;
 };
 
-/// @return the last lines of a file, indented
-std::string Tail(const std::string& path) {
-  constexpr std::size_t kLines = 8;
-  std::ifstream file(path);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(file, line);) {
-    if (lines.size() == kLines) lines.erase(lines.begin());
-    lines.push_back("  " + line + "\n");
-  }
-  std::string text;
-  for (const std::string& line : lines) text += line;
-  return text.empty() ? "  (empty)\n" : text;
+/// What this run of the board writes.
+struct Logs {
+  explicit Logs(const StateDirectory& state) : daemon(state.DaemonLog()), simulator(state.SimulatorLog()) {}
+
+  LogTail daemon;
+  LogTail simulator;
+};
+
+/// @return a log and how it ends, as the end of a sentence
+std::string EndOf(const LogTail& log) {
+  const std::string lines = log.Lines();
+  return lines.empty() ? log.Path() + " has nothing of this start\n" : log.Path() + " ends with\n" + lines;
 }
 
 void WriteDescription(const std::string& path, const std::string& text) {
@@ -85,8 +89,16 @@ std::vector<u32> AwaitedTasks(bool withDaemon) {
   return tasks;
 }
 
+/// @param simulator the child that has ended
+std::string WhyItEnded(pid_t simulator, const Logs& logs) {
+  if (WaitForChild(simulator) == kBoardRefused && !logs.daemon.Lines().empty()) {
+    return "the daemon cannot use it; its log " + EndOf(logs.daemon);
+  }
+  return "the simulator ended; its log " + EndOf(logs.simulator);
+}
+
 /// @return what went wrong; "" when all are online
-std::string WaitUntilOnline(const StateDirectory& state, const ProcessHandle& simulator, bool withDaemon) {
+std::string WaitUntilOnline(const Logs& logs, pid_t simulatorPid, const ProcessHandle& simulator, bool withDaemon) {
   const int changed = WatchOnlineTags(AwaitedTasks(withDaemon));
   const auto deadline = std::chrono::steady_clock::now() + kComeUpTime;
   while (true) {
@@ -96,15 +108,12 @@ std::string WaitUntilOnline(const StateDirectory& state, const ProcessHandle& si
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
     if (left <= 0) {
       return OnlineTagName(missing.front()) + " did not come within " + std::to_string(kComeUpTime.count() / 1000) +
-             " s; the daemon's log " + state.DaemonLog() + " ends with\n" + Tail(state.DaemonLog()) +
-             "and the simulator's log " + state.SimulatorLog() + " with\n" + Tail(state.SimulatorLog());
+             " s; the daemon's log " + EndOf(logs.daemon) + "and the simulator's log " + EndOf(logs.simulator);
     }
     pollfd events[] = {{.fd = changed, .events = POLLIN, .revents = 0},
                        {.fd = simulator.Descriptor(), .events = POLLIN, .revents = 0}};
     if (poll(events, 2, static_cast<int>(left)) <= 0) continue;
-    if (events[1].revents != 0) {
-      return "the simulator ended; its log " + state.SimulatorLog() + " ends with\n" + Tail(state.SimulatorLog());
-    }
+    if (events[1].revents != 0) return WhyItEnded(simulatorPid, logs);
     std::uint64_t count = 0;
     [[maybe_unused]] const ssize_t length = read(changed, &count, sizeof count);
   }
@@ -120,14 +129,13 @@ sigset_t EndSignals() {
 }
 
 /// Keeps the board up until a signal comes, then brings it down.
-void StayInForeground(const StateDirectory& state, const ProcessHandle& simulator, const Fd& signals) {
+void StayInForeground(const Logs& logs, const ProcessHandle& simulator, const Fd& signals) {
   pollfd events[] = {{.fd = signals.Get(), .events = POLLIN, .revents = 0},
                      {.fd = simulator.Descriptor(), .events = POLLIN, .revents = 0}};
   while (poll(events, 2, -1) <= 0) {
   }
   if (events[1].revents != 0) {
-    throw SimError(ExitCode::Unreachable, "the simulator ended; its log " + state.SimulatorLog() + " ends with\n" +
-                                              Tail(state.SimulatorLog()));
+    throw SimError(ExitCode::Unreachable, "the simulator ended; its log " + EndOf(logs.simulator));
   }
   simulator.Terminate(kGoDownTime);
 }
@@ -150,8 +158,10 @@ void RunUp(const UpArguments& arguments, const Settings& settings) {
     pthread_sigmask(SIG_BLOCK, &endSignals, nullptr);
     signals = Fd(signalfd(-1, &endSignals, SFD_CLOEXEC));
   }
-  const ProcessHandle simulator(StartSimulator(state, arguments, daemon, lock));
-  const std::string problem = WaitUntilOnline(state, simulator, !daemon.empty());
+  const Logs logs(state);
+  const pid_t simulatorPid = StartSimulator(state, arguments, daemon, lock);
+  const ProcessHandle simulator(simulatorPid);
+  const std::string problem = WaitUntilOnline(logs, simulatorPid, simulator, !daemon.empty());
   if (!problem.empty()) {
     simulator.Terminate(kGoDownTime);
     throw SimError(ExitCode::Unreachable, "the board does not come up: " + problem);
@@ -159,7 +169,7 @@ void RunUp(const UpArguments& arguments, const Settings& settings) {
   PrintEndpoints();
   std::printf("export HWAPI_RUN=%s\n", state.Run().c_str());
   std::fflush(stdout);
-  if (arguments.foreground) StayInForeground(state, simulator, signals);
+  if (arguments.foreground) StayInForeground(logs, simulator, signals);
 }
 
 void RunSimulate(const SimulateArguments& arguments, const Settings& settings) {
@@ -167,7 +177,7 @@ void RunSimulate(const SimulateArguments& arguments, const Settings& settings) {
   if (arguments.withParent) prctl(PR_SET_PDEATHSIG, SIGTERM);
   const StateDirectory state = settings.State();
   state.SetEnvironment();
-  if (Simulate(state, arguments.daemon) != 0) throw SimError(ExitCode::Unreachable, "the simulator does not start");
+  Simulate(state, arguments.daemon);
 }
 
 }  // namespace

@@ -39,6 +39,23 @@ TEST_F(BoardLifeTest, RunsInTheBackgroundUntilItIsDown) {
 
 TEST_F(BoardLifeTest, GoesDownWhenItIsDownAlready) { EXPECT_EQ(Boardsim({"down"}).status, 0); }
 
+TEST_F(BoardLifeTest, WhatChangesARunningBoardIsRefusedOnceItIsDown) {
+  Up({"--no-daemon"});
+  ASSERT_EQ(Boardsim({"tag", "made.by.test", "1"}).status, 0);
+  Down();
+  const std::vector<std::vector<std::string>> commands = {{"tag", "made.by.test", "2"}, {"clock", "now"},
+                                                          {"reset-type", "2"},          {"reset", "2"},
+                                                          {"temp", "0x10000", "45"},    {"fan", "GAR_FAN1", "auto"},
+                                                          {"plug", "Dax1", "m"},        {"autodet", "offline"}};
+  for (const std::vector<std::string>& command : commands) {
+    const Result refused = Boardsim(command);
+    EXPECT_EQ(refused.status, 3) << command.front();
+    EXPECT_NE(refused.err.find("no board is up in " + StateFolder()), std::string::npos) << refused.err;
+  }
+  EXPECT_EQ(Clmctl({"tag", "get", "made.by.test"}).out, "made.by.test 1\n");
+  EXPECT_FALSE(fs::exists(StateFolder() + "/reset-type"));
+}
+
 TEST_F(BoardLifeTest, SecondBoardInOneFolderIsRefused) {
   Up();
   const Result second = Boardsim({"up", std::string(BOARDS_FOLDER) + "/kela.toml"});
@@ -105,22 +122,6 @@ INSTANTIATE_TEST_SUITE_P(Boards, EveryBoardTest, testing::ValuesIn(BoardFiles())
   }
   return name;
 });
-
-TEST_F(BoardLifeTest, DetectedDescriptionShowsTheMachinesChips) {
-  const fs::path chip = Folder() / "sys" / "class" / "hwmon" / "hwmon4";
-  fs::create_directories(chip);
-  fs::create_directories(Folder() / "sys" / "devices" / "3-0048");
-  fs::create_directory_symlink(Folder() / "sys" / "devices" / "3-0048", chip / "device");
-  Write("sys/class/hwmon/hwmon4/name", "lm75\n");
-  Write("sys/class/hwmon/hwmon4/temp1_input", "41500\n");
-  SetVariable("HWAPI_SYSFS", Folder() / "sys");
-  const Result detect = Boardsim({"detect"});
-  ASSERT_EQ(detect.status, 0);
-  UpWith(Write("detected.toml", detect.out));
-  const auto lines = JsonLines(Clmctl({"temp", "watch", "Kel", "--count", "1", "--json"}).out);
-  ASSERT_EQ(lines.size(), 5u);
-  EXPECT_EQ(lines[0]["temperature_celsius"], 41.5);
-}
 
 }  // namespace
 }  // namespace boardtest

@@ -12,6 +12,7 @@ from container import Container, ContainerError, eventually
 
 PACKAGES = ["hwapi-host", "clm", "clmctl", "boardsim", "hwapi-dev"]
 PROGRAMS = {"CLM": 8, "clmctl": 1, "boardsim": 1}
+BOARDS = Path(__file__).resolve().parents[2] / "Board/boards"
 CHIP = "/sys/devices/chip/hwmon/hwmon0"
 FOUND_SPEED, FOUND_MODE = "77", "2"
 MOST_EXPOSURE = 1.5
@@ -205,6 +206,33 @@ def words_of_help(machine, program, *command):
     for name in re.findall(r"^  (\S+)", subcommands.group(1) if subcommands else "", re.MULTILINE):
         words |= {name} | words_of_help(machine, program, *command, name)
     return words
+
+
+class WithoutNeighbours(unittest.TestCase):
+    """A machine on which nothing but the service is installed: nobody plays the board's reset service."""
+
+    def setUp(self):
+        try:
+            self.machine = self.enterContext(Machine())
+        except ContainerError as error:
+            self.skipTest(f"no container here: {error}")
+
+    def test_installation_does_not_wait_for_a_service_that_waits(self):
+        self.machine.do("mkdir", "-p", "/etc/hwapi")
+        self.machine.put("/etc/hwapi/board.toml", (BOARDS / "linux-box.toml").read_bytes())
+        for _ in ("first", "again"):
+            self.machine.install()
+            eventually(lambda: self.machine.property("ActiveState") == "activating", "a start that waits")
+        self.assertEqual(self.machine.do("systemctl", "is-enabled", "clm").strip(), "enabled")
+        self.machine.do("dpkg", "--remove", *reversed(PACKAGES))
+
+    def test_service_starts_with_a_description_that_is_detected_for_it(self):
+        self.machine.install()
+        description = self.machine.do("boardsim", "detect", "--service-alone")
+        self.machine.put("/etc/hwapi/board.toml", description.encode())
+        self.machine.do("systemctl", "start", "clm")
+        self.machine.wait_for_start(0)
+        self.assertEqual(len(self.machine.do("clmctl", "temp", "watch", "Kel", "--count", "1", "--json").splitlines()), 5)
 
 
 class Removed(unittest.TestCase):

@@ -21,15 +21,7 @@ report_crashes() {
 }
 
 dev_fuzz() {
-  local seconds=0 # no end
-  case ${1:-} in
-    "") ;;
-    --seconds)
-      seconds=${2:-}
-      [[ $seconds =~ ^[1-9][0-9]*$ ]] || fail "--seconds takes a number of seconds, such as 60"
-      ;;
-    *) fail "fuzz takes --seconds N only, not \"$1\"" ;;
-  esac
+  local seconds=${2:-0} # after --seconds; 0: no end
   dev_setup base fuzz
   build fuzz
   mkdir -p $FUZZ_CORPUS $FUZZ_CRASHES

@@ -9,16 +9,8 @@ board_down() {
 }
 
 dev_run() {
-  local duration=
-  case ${1:-} in
-    "") ;;
-    --for)
-      duration=${2:-}
-      [[ $duration =~ ^[1-9][0-9]*(s|min|h)$ ]] || fail "--for takes a time with its unit, such as 30s or 2min"
-      duration=${duration/min/m}
-      ;;
-    *) fail "run takes --for TIME only, not \"$1\"" ;;
-  esac
+  local duration=${2:-} # after --for
+  duration=${duration/min/m}
   dev_setup base
   build release CLM boardsim clmctl
 

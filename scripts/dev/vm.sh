@@ -31,12 +31,7 @@ vm_possible() {
 }
 
 dev_vm() {
-  local shell=
-  case ${1:-} in
-    "") ;;
-    --shell) shell=yes ;;
-    *) fail "vm takes --shell only, not \"$1\"" ;;
-  esac
+  local shell=${1:-}
   dev_setup base arm vm
   vm_packages || exit 1
   vm_image

@@ -28,6 +28,25 @@ TEST(DescribeMachine, WithoutChipsSimulatesEverySensor) {
   for (const auto& sensor : board.temperatures) EXPECT_TRUE(std::holds_alternative<SimTemperature>(sensor.source));
 }
 
+TEST(DescribeMachine, HasABlackBoxWhereBoardsimRunsIt) {
+  const BoardDescription board = Loaded(DescribeMachine({}, {}, RunBy::Boardsim));
+  EXPECT_EQ(board.tags.size(), 7u);
+  EXPECT_TRUE(board.boot.active.has_value());
+  EXPECT_TRUE(board.boot.image.has_value());
+  EXPECT_TRUE(board.boot.resetLoopCount.has_value());
+}
+
+TEST(DescribeMachine, HasNoBlackBoxForTheServiceAlone) {
+  const BoardDescription board = Loaded(DescribeMachine({}, {}, RunBy::ServiceAlone));
+  EXPECT_TRUE(board.tags.empty());
+  EXPECT_FALSE(board.boot.active.has_value());
+}
+
+TEST(DescribeMachine, LetsTheInstalledServiceAnswerItsClients) {
+  const BoardDescription board = Loaded(DescribeMachine({}, {}, RunBy::ServiceAlone));
+  EXPECT_EQ(board.access.send, (std::vector<std::string>{"root", "group:hwapi"}));
+}
+
 TEST(DescribeMachine, BindsTheFirstSensorsToTheChips) {
   const FoundSensor lm75{.chip = "lm75", .at = "3-0048", .input = "temp1", .label = ""};
   const BoardDescription board = Loaded(DescribeMachine({lm75}, {}));

@@ -63,6 +63,21 @@ TEST_F(StateDirectoryTest, TellsWhoRunsIt) {
   EXPECT_EQ(State().RunningPid(), std::nullopt);
 }
 
+TEST_F(StateDirectoryTest, IsJoinedWhileABoardIsUpOnly) {
+  Fd lock = State().Lock();
+  State().Prepare(false);
+  State().NotePid(lock, 1234);
+  State().Join();
+  EXPECT_EQ(getenv("HWAPI_RUN"), State().Run());
+  lock.Close();
+  try {
+    State().Join();
+    FAIL();
+  } catch (const SimError& error) {
+    EXPECT_EQ(error.Code(), ExitCode::Unreachable);
+  }
+}
+
 TEST_F(StateDirectoryTest, ForgetsTheRunDirectoryButKeepsFlash) {
   const Fd lock = State().Lock();
   State().Prepare(false);
