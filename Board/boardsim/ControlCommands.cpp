@@ -4,7 +4,7 @@
 #include "BoardDescription.h"
 #include "Commands.h"
 #include "ControlClient.h"
-#include "FanNames.h"
+#include "Fans.h"
 #include "ProcessingUnits.h"
 #include "SimError.h"
 #include "Values.h"
@@ -66,7 +66,7 @@ std::string SimulatedFans() {
   std::string text;
   for (const hwapi::board::Fan& fan : hwapi::board::OwnBoard().fans) {
     if (!std::holds_alternative<hwapi::board::SimFan>(fan.source)) continue;
-    const std::string name = FanNameOf(fan.id);
+    const std::string name = commandline::FanNameOf(fan.id);
     text += " " + std::to_string(fan.id) + (name.empty() ? "" : " (" + name + ")");
   }
   return text.empty() ? " none" : text;

@@ -1,6 +1,6 @@
 #include "DescriptionText.h"
 
-#include "FanNames.h"
+#include "Fans.h"
 #include "SensorNames.h"
 
 #include <array>
@@ -101,10 +101,11 @@ std::string FanTables(const std::vector<FoundSensor>& fans) {
       "\n# Fans of the kernel. Without the signs in front the service sets them when it is asked to, and hands them "
       "back at\n"
       "# its end as they were.\n";
-  for (std::size_t i = 0; i < fans.size() && i < kNamedFans.size(); ++i) {
+  for (std::size_t i = 0; i < fans.size() && i < commandline::kServedFans.size(); ++i) {
+    const commandline::NamedFan& fan = commandline::kServedFans[i];
     const std::string control = "pwm" + fans[i].input.substr(std::string_view("fan").size());
-    text += "# [[fan]]  # " + std::string(kNamedFans[i].name) + "\n# id = " + std::to_string(kNamedFans[i].id) +
-            "\n# " + Chip(fans[i]) + ", fan = " + Quoted(fans[i].input) + ", pwm = " + Quoted(control) + " }\n";
+    text += "# [[fan]]  # " + std::string(fan.name) + "\n# id = " + std::to_string(*fan.id) + "\n# " + Chip(fans[i]) +
+            ", fan = " + Quoted(fans[i].input) + ", pwm = " + Quoted(control) + " }\n";
   }
   return text;
 }

@@ -4,7 +4,7 @@
 #include "BoardDescription.h"
 #include "Commands.h"
 #include "ControlClient.h"
-#include "FanNames.h"
+#include "Fans.h"
 #include "OnlineTag.h"
 #include "SensorNames.h"
 #include "ServiceNames.h"
@@ -85,7 +85,7 @@ void PrintFans(const SimulatorStatus& status) {
   if (hwapi::board::OwnBoard().fans.empty()) return;
   std::printf("\nFAN                SPEED  CONTROL  FREQUENCY  MODE\n");
   for (const hwapi::board::Fan& fan : hwapi::board::OwnBoard().fans) {
-    std::printf("%-3u %-8s %11s  %7s  %9s  %s\n", fan.id, FanNameOf(fan.id).c_str(),
+    std::printf("%-3u %-8s %11s  %7s  %9s  %s\n", fan.id, commandline::FanNameOf(fan.id).c_str(),
                 FanValueText(ddal_fan_get_rpm, fan.id, "rpm").c_str(),
                 FanValueText(ddal_fan_get_pwm, fan.id, "%").c_str(),
                 FanValueText(ddal_fan_get_fan_pwm_freq, fan.id, "Hz").c_str(), ModeText(status, fan).c_str());

@@ -1,7 +1,7 @@
 #include "Values.h"
 
 #include "Arguments.h"
-#include "FanNames.h"
+#include "Fans.h"
 #include "SimError.h"
 
 #include <algorithm>
@@ -96,7 +96,7 @@ constexpr i32 kFastestFan = 100'000;  // revolutions a minute
 std::optional<u32> FanIdFrom(std::string_view text) {
   const std::optional<u32> number = NumberFrom(text);
   if (number && *number <= kLastFanId) return number;
-  for (const NamedFan& fan : kNamedFans) {
+  for (const commandline::NamedFan& fan : commandline::kServedFans) {
     if (number == fan.unit || text == fan.name) return fan.id;
   }
   return std::nullopt;
@@ -105,7 +105,9 @@ std::optional<u32> FanIdFrom(std::string_view text) {
 /// @param whole the argument that @p code is the end of
 i32 ParseFailure(std::string_view whole, std::string_view code) {
   const std::optional<i32> value = SignedFrom(code);
-  if (!value || *value == 0) Refuse(whole, "is no failure: give the driver's error code, such as fail=-2; 0 is none");
+  if (!value || *value >= 0) {
+    Refuse(whole, "is no failure: give the driver's error code, such as fail=-2; all of them are below 0");
+  }
   return *value;
 }
 

@@ -99,9 +99,16 @@ TEST_F(BoardLifeTest, TagsAreSharedByEverybody) {
   Up();
   ASSERT_EQ(Boardsim({"tag", "made.by.test", "0x10"}).status, 0);
   EXPECT_EQ(Clmctl({"tag", "get", "made.by.test"}).out, "made.by.test 16\n");
-  ASSERT_EQ(Clmctl({"tag", "set", "made.by.test", "text:16"}).status, 0);
+  EXPECT_EQ(Clmctl({"tag", "set", "made.by.test", "text:16"}).out, "");
   EXPECT_EQ(Clmctl({"tag", "get", "made.by.test", "--json"}).out,
             "{\"tag\":\"made.by.test\",\"number\":null,\"text\":\"16\"}\n");
+}
+
+TEST_F(BoardLifeTest, TagThatIsSetIsToldToPrograms) {
+  Up();
+  const Result set = Clmctl({"tag", "set", "made.by.test", "5", "--json"});
+  EXPECT_EQ(set.out, "{\"tag\":\"made.by.test\",\"number\":5,\"text\":null}\n");
+  EXPECT_EQ(set.out, Clmctl({"tag", "get", "made.by.test", "--json"}).out);
 }
 
 TEST_F(BoardLifeTest, SensorThatTheBoardDoesNotSimulateIsRefused) {

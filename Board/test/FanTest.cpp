@@ -93,7 +93,7 @@ TEST_F(FanTest, ThatIsStuckShowsItsOwnSpeed) {
   ASSERT_EQ(Boardsim({"fan", "GAR_FAN1", "rpm=0"}).status, 0);
   const nlohmann::json stopped = Report("GAR_FAN1", {"201=100"});
   EXPECT_EQ(stopped["speed_rpm"], 0);
-  EXPECT_EQ(stopped["state"], "stopped");
+  EXPECT_EQ(stopped["state"], "no speed");
   ASSERT_EQ(Boardsim({"fan", "0", "rpm=1234"}).status, 0);
   EXPECT_EQ(Report("GAR_FAN1")["speed_rpm"], 1234);
   EXPECT_NE(StatusLine("GAR_FAN1").find("stuck"), std::string::npos);

@@ -89,6 +89,16 @@ TEST_F(MeasurementTest, InterruptedWatchStopsTheMeasurement) {
   EXPECT_EQ(Clmctl({"temp", "start", "Kel"}).status, 0);
 }
 
+TEST_F(MeasurementTest, WhoseStartIsNotAnsweredInTimeIsNotLeftBehind) {
+  Up();
+  const pid_t daemon = DaemonPid();
+  kill(daemon, SIGSTOP);
+  const Result watch = Clmctl({"temp", "watch", "Kel", "--timeout", "100ms"});
+  kill(daemon, SIGCONT);
+  EXPECT_EQ(watch.status, 3) << watch.err;
+  EXPECT_EQ(Clmctl({"temp", "watch", "Kel", "--count", "1"}).status, 0);
+}
+
 TEST_F(MeasurementTest, EndsWhenNobodyReadsItAnyMore) {
   Up();
   auto watch = StartClmctl({"temp", "watch", "Kel"});
@@ -127,6 +137,7 @@ TEST_F(MeasurementTest, WrongCommandLinesAreUsageErrors) {
   EXPECT_EQ(Clmctl({"temp", "start", "Kel", "--interval", "5"}).status, 2);
   EXPECT_EQ(Clmctl({"temp", "start"}).status, 2);
   EXPECT_EQ(Clmctl({"temp", "start", "Kel", "--nonsense"}).status, 2);
+  EXPECT_EQ(Clmctl({"temp", "watch", "Kel", "--timeout", "0s"}).status, 2);
   EXPECT_EQ(Clmctl({}).status, 2);
 }
 

@@ -82,6 +82,16 @@ TEST_F(ResetRequestTest, ResetOfAnotherBoardIsAnsweredAndNotRecorded) {
   EXPECT_EQ(History().size(), 1u);
 }
 
+TEST_F(ResetRequestTest, AnswerIsToldWithoutClaimingThatItWasRecorded) {
+  UpWithClock();
+  const Result announced = Announce("ColdReset", "User", {"--board", "9"});
+  EXPECT_EQ(announced.status, 0);
+  EXPECT_EQ(announced.out,
+            "the service has answered: ColdReset (User) of board 9, processor 1\n"
+            "It records only resets of its own board, of its own processor or the FPGA; `clmctl blackbox reset-info` "
+            "shows the last one.\n");
+}
+
 TEST_F(ResetRequestTest, SelfDiagnosisLeavesAOneShotConfiguration) {
   UpWithClock();
   ASSERT_EQ(Boardsim({"clock", "2031-01-31T09:30:05Z"}).status, 0);

@@ -26,7 +26,10 @@ constexpr const char* kReports =
 constexpr const char* kSpeedReports =
     " Without --receiver it is this command, which ends:\n"
     "`clmctl fan watch` shows the reports.";
-constexpr const char* kWatchReports = " A watch takes the reports over.";
+constexpr const char* kWatchReports =
+    " A watch takes the reports over.\n\n"
+    "A fan with \"no speed\" stands still, or cannot be read, or is not there: the reports\n"
+    "say 0 rpm of all of these. The daemon's log warns of a fan that cannot be read.";
 
 /// What the command line of a fan command says.
 struct FanArguments {

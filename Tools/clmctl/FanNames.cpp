@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 #include "CommandError.h"
+#include "Fans.h"
 
 #include <array>
 #include <cctype>
@@ -9,18 +10,6 @@
 
 namespace clmctl {
 namespace {
-
-struct NamedFan {
-  EFanUnit unit;
-  std::string_view name;
-};
-
-constexpr std::array kFans = {
-    NamedFan{.unit = EFanUnit_GarFan1, .name = "GAR_FAN1"}, NamedFan{.unit = EFanUnit_GarFan2, .name = "GAR_FAN2"},
-    NamedFan{.unit = EFanUnit_GarFan3, .name = "GAR_FAN3"}, NamedFan{.unit = EFanUnit_GarFan4, .name = "GAR_FAN4"},
-    NamedFan{.unit = EFanUnit_GarFan5, .name = "GAR_FAN5"}, NamedFan{.unit = EFanUnit_GarFan6, .name = "GAR_FAN6"},
-    NamedFan{.unit = EFanUnit_GarFan7, .name = "GAR_FAN7"}, NamedFan{.unit = EFanUnit_GarFan8, .name = "GAR_FAN8"},
-};
 
 struct Frequency {
   EFanParam param;
@@ -66,7 +55,7 @@ double HertzOf(std::string_view unit) {
 EFanUnit ParseFan(std::string_view text) {
   const std::string plain = Plain(text);
   const std::optional<u32> number = commandline::NumberFrom(text);
-  for (const NamedFan& fan : kFans) {
+  for (const commandline::NamedFan& fan : commandline::kFans) {
     if (number == fan.unit || plain == Plain(fan.name)) return fan.unit;
   }
   throw CommandError(ExitCode::Usage, "'" + std::string(text) +
@@ -75,7 +64,7 @@ EFanUnit ParseFan(std::string_view text) {
 }
 
 std::string FanText(u32 fan) {
-  for (const NamedFan& named : kFans) {
+  for (const commandline::NamedFan& named : commandline::kFans) {
     if (named.unit == fan) return std::string(named.name);
   }
   return std::to_string(fan);

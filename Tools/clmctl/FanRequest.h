@@ -51,7 +51,7 @@ std::string RefusalText(const FanAnswer& answer);
 /// One fan of an indication.
 struct FanReading {
   u32 fan;
-  u32 rpm;        ///< 0: it stands still, or its speed cannot be read
+  u32 rpm;        ///< 0: it stands still, or its speed cannot be read, or the unit has no such fan
   u32 frequency;  ///< EFanParam; 0: unknown
 };
 

@@ -31,8 +31,7 @@ std::string DrawRow(const FanReading& reading, const std::string& age, const Scr
       RightAligned(FrequencyText(reading.frequency), kFrequencyWidth) + RightAligned(age, kAgeWidth);
   if (screen.columns <= kBaseWidth) return Cut(text, screen.columns);
   const std::size_t room = screen.columns - kBaseWidth;
-  if (Turns(reading)) return text + "  " + Coloured(Cut("ok", room), "32", screen);
-  return text + "  " + Coloured(Cut("stands still, or cannot be read", room), "1;31", screen);
+  return text + "  " + Coloured(Cut(StateText(reading), room), HasSpeed(reading) ? "32" : "1;31", screen);
 }
 
 }  // namespace

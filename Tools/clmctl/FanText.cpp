@@ -26,7 +26,7 @@ std::string FanLines(const FanIndication& indication, const std::string& time) {
   for (const FanReading& reading : indication.readings) {
     char line[128];
     std::snprintf(line, sizeof line, "%s  %-16s %6u rpm  %6s  %s\n", time.c_str(), FanText(reading.fan).c_str(),
-                  reading.rpm, FrequencyText(reading.frequency).c_str(), Turns(reading) ? "ok" : "stopped");
+                  reading.rpm, FrequencyText(reading.frequency).c_str(), StateText(reading));
     lines += line;
   }
   return lines;
@@ -40,7 +40,7 @@ std::vector<nlohmann::ordered_json> FanObjects(const FanIndication& indication, 
     object["indication"] = number;
     object["fan"] = FanText(reading.fan);
     object["fan_number"] = reading.fan;
-    object["state"] = Turns(reading) ? "ok" : "stopped";
+    object["state"] = StateText(reading);
     object["speed_rpm"] = reading.rpm;
     object["pwm_frequency_hz"] = HertzOrNull(reading.frequency);
     objects.push_back(std::move(object));

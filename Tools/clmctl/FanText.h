@@ -11,8 +11,11 @@
 
 namespace clmctl {
 
-/// @return whether a fan's speed is one that a running fan has
-inline bool Turns(const FanReading& reading) { return reading.rpm != 0; }
+/// @return whether a fan has a speed. One without stands still, or cannot be read, or is none of the unit's: an
+///         indication does not tell these apart.
+inline bool HasSpeed(const FanReading& reading) { return reading.rpm != 0; }
+/// @return "ok" or "no speed"
+inline const char* StateText(const FanReading& reading) { return HasSpeed(reading) ? "ok" : "no speed"; }
 
 /// @return one line a fan, in columns that do not move
 /// @param time when the indication came

@@ -54,19 +54,21 @@ void RunGet(const TagArguments& arguments, const Settings& settings) {
   Print(arguments.name, TagValue(bytes), settings.json);
 }
 
-void RunSet(const TagArguments& arguments) {
+void RunSet(const TagArguments& arguments, const Settings& settings) {
   RequireBoard();
   const TagValue value = TagValue::FromArgument(arguments.value);
   const i32 error =
       AaConfigTagPublicSet(arguments.name.c_str(), value.Bytes().data(), static_cast<u32>(value.Bytes().size()));
-  if (error == 0) return;
-  throw CommandError(ExitCode::Refused, "cannot set the tag " + arguments.name + ": " + std::strerror(error) +
-                                            "; a name has no '/', a value at most " +
-                                            std::to_string(AACONFIG_TAG_MAX_SIZE) + " bytes");
+  if (error != 0) {
+    throw CommandError(ExitCode::Refused, "cannot set the tag " + arguments.name + ": " + std::strerror(error) +
+                                              "; a name has no '/', a value at most " +
+                                              std::to_string(AACONFIG_TAG_MAX_SIZE) + " bytes");
+  }
+  if (settings.json) Print(arguments.name, value, settings.json);
 }
 
 void RunWatch(const TagArguments& arguments, const Settings& settings) {
-  u32 left = arguments.count.empty() ? 0 : ParseNumber(arguments.count, "count");
+  u32 left = arguments.count.empty() ? 0 : ParseCount(arguments.count, "--count");
   BlockSignals();
   const Client client;
   ForwardSignals(client.Address());
@@ -96,7 +98,7 @@ void AddTagCommands(CLI::App& app, Settings& settings) {
     return command;
   };
   add("get", "Show a tag's value", [&settings, arguments] { RunGet(*arguments, settings); });
-  add("set", "Set a tag for every process of the board", [arguments] { RunSet(*arguments); })
+  add("set", "Set a tag for every process of the board", [&settings, arguments] { RunSet(*arguments, settings); })
       ->add_option("VALUE", arguments->value, "A number (4 bytes), or text; text:... is text whatever it looks like")
       ->required();
   add("watch", "Show a tag's value and each new one until ^C", [&settings, arguments] {

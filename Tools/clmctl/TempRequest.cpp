@@ -11,11 +11,19 @@
 #include <string>
 
 namespace clmctl {
+namespace {
 
-SApiTempMeasResp RequestTempMeas(const Client& client, const SApiTempMeasReq& request,
-                                 std::chrono::milliseconds timeout) {
+/// The message carries an error code without its sign, and all of the driver's are below 0.
+i32 DriverError(u32 faultId) { return static_cast<i32>(0u - faultId); }
+
+}  // namespace
+
+void SendTempMeas(const Client& client, const SApiTempMeasReq& request) {
   const TAaSysComSicad service = Client::AddressOf(HWAPI_TEMPERATURE_SERVICE);
   client.Send(client.Create(API_TEMP_MEAS_REQ_MSG, &request, sizeof request, service));
+}
+
+SApiTempMeasResp AwaitTempMeas(const Client& client, std::chrono::milliseconds timeout) {
   constexpr u16 kFilter[] = {1, API_TEMP_MEAS_RESP_MSG};
   const Message response = client.ReceiveUntil(Client::Clock::now() + timeout, kFilter);
   if (response == nullptr) {
@@ -24,6 +32,12 @@ SApiTempMeasResp RequestTempMeas(const Client& client, const SApiTempMeasReq& re
                            "ms; is it stuck, or does the board's [access] list refuse this user? See the daemon's log");
   }
   return ps::hwapi::common::Msg<SApiTempMeasResp, API_TEMP_MEAS_RESP_MSG>(response.get()).Record();
+}
+
+SApiTempMeasResp RequestTempMeas(const Client& client, const SApiTempMeasReq& request,
+                                 std::chrono::milliseconds timeout) {
+  SendTempMeas(client, request);
+  return AwaitTempMeas(client, timeout);
 }
 
 std::optional<TempIndication> ParseTempIndication(void* msg) {
@@ -41,7 +55,7 @@ std::optional<TempIndication> ParseTempIndication(void* msg) {
     indication.readings.push_back({.name = info.unit_name,
                                    .celsius = std::round(static_cast<double>(info.unit_temp[0]) * 1000) / 1000,
                                    .valid = info.temp_sensor_state == 1,
-                                   .driverError = info.i2c_fault_id});
+                                   .driverError = DriverError(info.i2c_fault_id)});
   }
   return indication;
 }

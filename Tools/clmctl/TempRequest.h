@@ -10,8 +10,13 @@
 
 namespace clmctl {
 
-/// Asks the temperature service of the own node and waits for its response; other messages stay queued.
+/// Asks the temperature service of the own node, and does not wait for its response.
+/// @throw CommandError (unreachable) when nobody serves it
+void SendTempMeas(const Client& client, const SApiTempMeasReq& request);
+/// Waits for the response to a request that was sent; other messages stay queued.
 /// @throw CommandError (unreachable) when nobody answers within @p timeout of host time
+SApiTempMeasResp AwaitTempMeas(const Client& client, std::chrono::milliseconds timeout);
+/// Both, one after the other.
 SApiTempMeasResp RequestTempMeas(const Client& client, const SApiTempMeasReq& request,
                                  std::chrono::milliseconds timeout);
 
@@ -20,7 +25,7 @@ struct TempReading {
   u32 name;        ///< ETempSensorName
   double celsius;  ///< to the thousandth; meaningless for a failed reading
   bool valid;
-  u32 driverError;  ///< 0, or the absolute value of the driver's error code
+  i32 driverError;  ///< 0, or the driver's error code, an EDdalError
 };
 
 /// An API_TEMP_MEAS_IND_MSG.

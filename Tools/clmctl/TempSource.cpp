@@ -15,17 +15,34 @@ u32 TempSource::IndicationId() const { return API_TEMP_MEAS_IND_MSG; }
 
 std::string TempSource::SilenceText() const { return "is the daemon running?"; }
 
-u32 TempSource::Request(const Client& client, ETempMeasCommand command) const {
-  const SApiTempMeasReq request{.command = command,
-                                .sensorType = m_settings.type,
-                                .interval = static_cast<u32>(m_settings.interval.count()),
-                                .resolution = ETempMeasResolution_Normal,
-                                .clientAddr = 0};
-  return RequestTempMeas(client, request, m_settings.timeout).error;
+SApiTempMeasReq TempSource::RequestOf(ETempMeasCommand command) const {
+  return {.command = command,
+          .sensorType = m_settings.type,
+          .interval = static_cast<u32>(m_settings.interval.count()),
+          .resolution = ETempMeasResolution_Normal,
+          .clientAddr = 0};
+}
+
+u32 TempSource::Start(const Client& client) const {
+  SendTempMeas(client, RequestOf(ETempMeasCommand_Start));
+  try {
+    return AwaitTempMeas(client, m_settings.timeout).error;
+  } catch (const CommandError&) {
+    StopUnanswered(client);
+    throw;
+  }
+}
+
+void TempSource::StopUnanswered(const Client& client) const {
+  // The start is in the service's queue: what it begins is ended behind it. That nobody answers is told already.
+  try {
+    SendTempMeas(client, RequestOf(ETempMeasCommand_Stop));
+  } catch (const CommandError&) {
+  }
 }
 
 void TempSource::Begin(const Client& client) {
-  const u32 error = Request(client, ETempMeasCommand_Start);
+  const u32 error = Start(client);
   if (error == ETempMeasError_NoError) return;
   const std::string type = SensorTypeText(m_settings.type);
   throw CommandError(ExitCode::Refused, "cannot measure " + type + ": " + TempErrorMeaning(error, type));
@@ -33,10 +50,12 @@ void TempSource::Begin(const Client& client) {
 
 void TempSource::Resume(const Client& client) {
   // A measurement that still runs is answered with "already started", which is as good.
-  Request(client, ETempMeasCommand_Start);
+  RequestTempMeas(client, RequestOf(ETempMeasCommand_Start), m_settings.timeout);
 }
 
-void TempSource::End(const Client& client) { Request(client, ETempMeasCommand_Stop); }
+void TempSource::End(const Client& client) {
+  RequestTempMeas(client, RequestOf(ETempMeasCommand_Stop), m_settings.timeout);
+}
 
 Source::Shown TempSource::Show(void* indication, View& view) {
   const std::optional<TempIndication> parsed = ParseTempIndication(indication);

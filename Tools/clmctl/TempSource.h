@@ -27,7 +27,10 @@ class TempSource : public Source {
   Shown Show(void* indication, View& view) override;
 
  private:
-  u32 Request(const Client& client, ETempMeasCommand command) const;
+  SApiTempMeasReq RequestOf(ETempMeasCommand command) const;
+  /// @return the service's answer to a start, an ETempMeasError
+  u32 Start(const Client& client) const;
+  void StopUnanswered(const Client& client) const;
 
   const Settings m_settings;
 };

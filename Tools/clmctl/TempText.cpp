@@ -12,9 +12,9 @@
 namespace clmctl {
 namespace {
 
-std::string DriverText(u32 error) {
+std::string DriverText(i32 error) {
   char text[60];
-  return ddal_strerror(-static_cast<int>(error), text, sizeof text);
+  return ddal_strerror(error, text, sizeof text);
 }
 
 }  // namespace
@@ -36,8 +36,8 @@ std::string TempLines(const TempIndication& indication, const std::string& time)
     char value[48] = "-";
     if (reading.valid) std::snprintf(value, sizeof value, "%.3f", reading.celsius);
     char line[256];
-    std::snprintf(line, sizeof line, "%s  %-16s %10s C  %s\n", time.c_str(), SensorText(reading.name).c_str(), value,
-                  StateText(reading).c_str());
+    std::snprintf(line, sizeof line, "%s  %-16s %10s %s  %s\n", time.c_str(), SensorText(reading.name).c_str(), value,
+                  reading.valid ? "C" : " ", StateText(reading).c_str());
     lines += line;
   }
   return lines;
@@ -63,7 +63,7 @@ std::vector<nlohmann::ordered_json> TempObjects(const TempIndication& indication
     if (reading.valid) {
       object["temperature_celsius"] = reading.celsius;
     } else {
-      object["driver_error"] = -static_cast<int>(reading.driverError);
+      object["driver_error"] = reading.driverError;
       object["driver_error_text"] = DriverText(reading.driverError);
     }
   }

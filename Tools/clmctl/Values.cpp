@@ -47,6 +47,13 @@ u32 ParseNumber(std::string_view text, std::string_view what) {
   return *value;
 }
 
+u32 ParseCount(std::string_view text, std::string_view option) {
+  const std::optional<u32> count = NumberFrom(text);
+  if (count && *count != 0) return *count;
+  const std::string given = std::string(option) + " " + (text.empty() ? "''" : std::string(text));
+  throw CommandError(ExitCode::Usage, given + (count ? " would show nothing" : " is no number") + "; give 1 or more");
+}
+
 std::chrono::milliseconds ParseDuration(std::string_view text) {
   constexpr std::string_view kHint = "is no time: give a number with its unit, such as 500ms, 1s, 2min or 1h";
   double amount = 0;
@@ -59,6 +66,12 @@ std::chrono::milliseconds ParseDuration(std::string_view text) {
   const double milliseconds = amount * unit->milliseconds;
   if (!(milliseconds <= std::numeric_limits<u32>::max())) Refuse(text, "is too long: at most 4294967295ms, 49 days");
   return std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds + 0.5));
+}
+
+std::chrono::milliseconds ParseTimeout(std::string_view text) {
+  const std::chrono::milliseconds timeout = ParseDuration(text);
+  if (timeout == std::chrono::milliseconds(0)) Refuse(text, "leaves no time for an answer: give --timeout 1ms or more");
+  return timeout;
 }
 
 TAaSysComSicad ParseAddress(std::string_view text) {

@@ -1,6 +1,5 @@
 #include "WatchCommand.h"
 
-#include "CommandError.h"
 #include "FanSource.h"
 #include "Signals.h"
 #include "StreamViews.h"
@@ -13,15 +12,9 @@
 namespace clmctl {
 namespace {
 
-std::optional<u32> ParseCount(const std::string& text) {
-  if (text.empty()) return std::nullopt;
-  const u32 count = ParseNumber(text, "count");
-  if (count == 0u) throw CommandError(ExitCode::Usage, "--count 0 would show nothing; give 1 or more");
-  return count;
-}
-
 Watch::Settings WatchSettings(const std::string& count, std::chrono::milliseconds timeout) {
-  const Watch::Settings settings{.count = ParseCount(count), .timeout = timeout};
+  Watch::Settings settings{.count = {}, .timeout = timeout};
+  if (!count.empty()) settings.count = ParseCount(count, "--count");
   BlockSignals();
   return settings;
 }

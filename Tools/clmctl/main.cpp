@@ -33,7 +33,7 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(kFooter);
   app.add_flag("--json", settings.json, "One JSON object a line");
-  app.add_option("--timeout", timeout, "Longest wait for an answer")->capture_default_str();
+  app.add_option("--timeout", timeout, "Longest wait for an answer, 1ms or more")->capture_default_str();
   app.add_flag("-v,--verbose", verbose, "Show the messaging layer's own log lines, too");
   clmctl::AddTempCommands(app, settings);
   clmctl::AddFanCommands(app, settings);
@@ -48,7 +48,7 @@ int Run(int argc, char** argv) {
     if (error.get_exit_code() == 0) return app.exit(error);
     throw clmctl::CommandError(clmctl::ExitCode::Usage, commandline::Refusal(app, error));
   }
-  settings.timeout = clmctl::ParseDuration(timeout);
+  settings.timeout = clmctl::ParseTimeout(timeout);
   if (!verbose) SilencePlatformLog();
   settings.run();
   return static_cast<int>(clmctl::ExitCode::Done);

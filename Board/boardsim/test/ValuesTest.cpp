@@ -33,7 +33,7 @@ TEST(TempValue, FailsWithACode) {
 TEST(TempValue, GoesBackToThePhysics) { EXPECT_EQ(ParseTemp("0x10000", "auto").mode, SensorMode::Auto); }
 
 TEST(TempValue, OfNonsenseIsRefused) {
-  for (const char* value : {"", "warm", "fail=", "fail=0", "fail=1.5", "45K", "1e400", "nan", "inf"}) {
+  for (const char* value : {"", "warm", "fail=", "fail=0", "fail=5", "fail=1.5", "45K", "1e400", "nan", "inf"}) {
     EXPECT_THROW(ParseTemp("0x10000", value), SimError) << value;
   }
   EXPECT_THROW(ParseTemp("KEL", "45"), SimError);

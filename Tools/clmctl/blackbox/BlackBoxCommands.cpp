@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <memory>
+#include <optional>
 
 namespace clmctl {
 namespace {
@@ -19,7 +20,7 @@ namespace {
 /// What the command line of `blackbox store-file` says.
 struct StoreFileArguments {
   std::string source;
-  std::string name;
+  std::optional<std::string> name;
   std::string keep = "2";
 };
 
@@ -37,12 +38,11 @@ void RunStoreFile(const StoreFileArguments& arguments, const Settings& settings)
       StoreFileRequest(arguments.source, arguments.name, ParseNumber(arguments.keep, "number of older copies"));
   const u32 status = RequestStoreFile(Client(), request, settings.timeout).status;
   if (settings.json) {
-    WriteJson(
-        {{"source", arguments.source},
-         {"name", arguments.name.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(arguments.name)},
-         {"older_copies", request.numOfPreviousFiles},
-         {"stored", status == EStatus_NoError},
-         {"status", status}});
+    WriteJson({{"source", arguments.source},
+               {"name", arguments.name ? nlohmann::ordered_json(*arguments.name) : nlohmann::ordered_json(nullptr)},
+               {"older_copies", request.numOfPreviousFiles},
+               {"stored", status == EStatus_NoError},
+               {"status", status}});
   } else if (status == EStatus_NoError) {
     WriteLine(Printable(arguments.source) + " is stored in the black box");
   }
@@ -88,7 +88,7 @@ void AddShow(CLI::App& group, Settings& settings) {
   show->add_option("KIND", arguments->kind, "board, trace or config")->capture_default_str();
   show->add_option("--file", arguments->file, "A file of this machine instead of the running board's");
   show->add_flag("--rows", arguments->rows, "Every row of the trace instead of what it comes to");
-  show->add_option("--last", arguments->last, "Look at the newest so many rows of the trace only");
+  show->add_option("--last", arguments->last, "Look at the newest so many rows of the trace only, 1 or more");
 }
 
 void AddPlot(CLI::App& group, Settings& settings) {

@@ -4,6 +4,7 @@
 
 #include "Commands.h"
 
+#include <optional>
 #include <string>
 
 namespace clmctl {
@@ -12,7 +13,7 @@ namespace clmctl {
 struct ShowArguments {
   std::string kind = "board";
   std::string file;
-  std::string last;
+  std::optional<std::string> last;
   bool rows = false;
 };
 void RunShow(const ShowArguments& arguments, const Settings& settings);

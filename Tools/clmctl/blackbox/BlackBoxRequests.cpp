@@ -70,14 +70,17 @@ constexpr const char* kWithoutBlackBox =
 
 }  // namespace
 
-SApiBlackboxStoreFileReq StoreFileRequest(const std::string& source, const std::string& name, u32 olderCopies) {
+SApiBlackboxStoreFileReq StoreFileRequest(const std::string& source, const std::optional<std::string>& name,
+                                          u32 olderCopies) {
   if (!source.starts_with('/')) {
     throw CommandError(ExitCode::Usage, "SRC is a path in the daemon's own file system and begins with '/', unlike " +
                                             Printable(source));
   }
-  if (name.find('/') != std::string::npos) {
+  if (name && (name->empty() || name->find('/') != std::string::npos)) {
     throw CommandError(ExitCode::Usage,
-                       "--as takes the plain name of the copy, without '/', unlike " + Printable(name));
+                       "--as takes the plain name of the copy, one character or more without '/', "
+                       "unlike '" +
+                           Printable(*name) + "'");
   }
   if (olderCopies > kMostOlderCopies) {
     throw CommandError(ExitCode::Usage, "--keep is 0, 1 or 2: the service keeps at most two older copies");
@@ -86,7 +89,7 @@ SApiBlackboxStoreFileReq StoreFileRequest(const std::string& source, const std::
   request.transactionId = Transaction();
   request.numOfPreviousFiles = olderCopies;
   SetField(request.sourceFile, source, "SRC");
-  SetField(request.targetFile, name, "--as");
+  SetField(request.targetFile, name.value_or(""), "--as");
   return request;
 }
 

@@ -9,6 +9,7 @@
 #include "messages/Reset.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace clmctl {
@@ -16,9 +17,11 @@ namespace clmctl {
 /// Most older copies of a stored file that the service keeps, whatever it is asked.
 inline constexpr u32 kMostOlderCopies = 2;
 
-/// @throw CommandError (usage) for a source that is not absolute or too long, a name that is too long or not a plain
-///        one, and for more older copies than the service keeps
-SApiBlackboxStoreFileReq StoreFileRequest(const std::string& source, const std::string& name, u32 olderCopies);
+/// @param name of the copy; nothing: that of the source
+/// @throw CommandError (usage) for a source that is not absolute or too long, a name that is empty, too long or not a
+///        plain one, and for more older copies than the service keeps
+SApiBlackboxStoreFileReq StoreFileRequest(const std::string& source, const std::optional<std::string>& name,
+                                          u32 olderCopies);
 /// @throw CommandError (usage) for extended information that is too long
 SApi2ResetReq ResetRequest(u32 type, u32 category, const std::string& info);
 /// @return text of a field, whether or not it has its terminating zero

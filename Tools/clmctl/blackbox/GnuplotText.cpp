@@ -33,9 +33,9 @@ std::string GnuplotString(std::string_view text) {
   return constant + "\"";
 }
 
-std::string GnuplotNumber(double value) {
+std::string GnuplotNumber(double value, int decimals) {
   char text[64];
-  std::snprintf(text, sizeof text, "%.3f", value);
+  std::snprintf(text, sizeof text, "%.*f", decimals, value);
   return text;
 }
 

@@ -2,6 +2,7 @@
 /// Axes of a plot.
 #pragma once
 
+#include "PlotCurves.h"
 #include "TraceStatistics.h"
 
 #include <string>
@@ -21,6 +22,23 @@ struct TimeAxis {
 };
 
 /// @param mostLabels labels that have room
-TimeAxis TimeAxisOf(const TraceStatistics& statistics, std::size_t mostLabels);
+/// @param margin     on each side, at least, as a part of what the rows span
+TimeAxis TimeAxisOf(const TraceStatistics& statistics, std::size_t mostLabels, double margin = 0.01);
+
+/// A vertical axis made of rows of characters. Its labels are round, and all values are between the lowest and the
+/// highest of them.
+struct ValueAxis {
+  double low;         ///< on the frame's line
+  double high;        ///< in the highest row
+  double lowestRow;   ///< in the row above the frame's line
+  double firstLabel;  ///< above that line, too
+  double lastLabel;   ///< in the highest row
+  double step;        ///< between two labels
+};
+
+/// @param values their span is not 0
+/// @param rows   above the frame's line
+/// @param below  those of them, fewer than all, that stay free below the values
+ValueAxis ValueAxisOf(const PlotRange& values, std::size_t rows, std::size_t below);
 
 }  // namespace clmctl

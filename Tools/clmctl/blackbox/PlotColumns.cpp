@@ -17,6 +17,10 @@ std::string NamesOf(const TraceFile& trace) {
 
 }  // namespace
 
+bool CanBeDrawn(const TraceFile& trace, const TraceStatistics& statistics) {
+  return !trace.columns.empty() && statistics.good != 0;
+}
+
 std::vector<std::size_t> AllColumns(const TraceFile& trace) {
   std::vector<std::size_t> columns(trace.columns.size());
   std::iota(columns.begin(), columns.end(), std::size_t{0});

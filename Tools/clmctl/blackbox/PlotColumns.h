@@ -12,6 +12,8 @@ namespace clmctl {
 /// Most sensors that characters can show without becoming a riddle.
 inline constexpr std::size_t kReadableSensors = 6;
 
+/// @return whether there is a column to draw, and a row to draw it from
+bool CanBeDrawn(const TraceFile& trace, const TraceStatistics& statistics);
 std::vector<std::size_t> AllColumns(const TraceFile& trace);
 /// @param names of sensors and fans, separated by commas
 /// @throw CommandError (usage) for a name that no column has; lists those that there are

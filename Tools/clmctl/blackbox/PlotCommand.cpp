@@ -8,6 +8,7 @@
 #include "Output.h"
 #include "PictureFile.h"
 #include "PlotColumns.h"
+#include "PlotLegend.h"
 #include "Screen.h"
 #include "TerminalPlot.h"
 #include "TracePlot.h"
@@ -98,16 +99,25 @@ void DrawOnTerminal(const PlotArguments& arguments, const TraceFile& trace, cons
   if (height != 0) screen.rows = height;
   const std::vector<std::size_t> columns =
       arguments.sensors.empty() ? HottestColumns(trace, statistics) : settings.columns;
-  if (columns.empty()) {
-    WriteLine("the trace has no columns: there is nothing to draw");
-    return;
-  }
   const TerminalPlot plot(trace, statistics, columns, screen);
   WriteRaw(plot.Text(settings.title, RunGnuplot(plot.Script())));
   if (columns.size() < settings.columns.size()) {
     Diagnose("note: " + Counted(settings.columns.size() - columns.size(), "cooler sensor") +
              " not drawn; --sensors NAME,... chooses, --png and --svg draw all");
   }
+}
+
+/// @throw CommandError (refused) when there is nothing to draw
+void RequireDrawable(const BlackBoxSource& source, const TraceFile& trace, const TraceStatistics& statistics) {
+  if (CanBeDrawn(trace, statistics)) return;
+  const std::string nothing = ": there is nothing to draw";
+  const std::string others = OtherRowsText(statistics);
+  std::string why = " has no rows" + nothing +
+                    "; once temperatures are measured (`clmctl temp watch` does), the service keeps a row a minute, "
+                    "and `clmctl blackbox store` has it write them";
+  if (!others.empty()) why = " has no row whose values can be told apart (" + others + ")" + nothing;
+  if (trace.columns.empty()) why = " has no columns" + nothing + "; is it a trace file?";
+  throw CommandError(ExitCode::Refused, Printable(source.path) + why);
 }
 
 }  // namespace
@@ -121,6 +131,7 @@ void RunPlot(const PlotArguments& arguments, const Settings& settings) {
   const TraceFile trace = ParseTraceFile(source.text);
   Diagnose(source.path, trace.problems);
   const TraceStatistics statistics = StatisticsOf(trace);
+  RequireDrawable(source, trace, statistics);
   const PictureSettings picture{
       .format = PictureFormat::Png,
       .size = {},

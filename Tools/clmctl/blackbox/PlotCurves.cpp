@@ -86,7 +86,7 @@ std::vector<PlotCurve> CurvesOf(const TraceFile& trace, const TraceStatistics& s
   return curves;
 }
 
-std::optional<PlotRange> RangeOf(const std::vector<PlotCurve>& curves, Quantity quantity) {
+std::optional<PlotRange> ExtremesOf(const std::vector<PlotCurve>& curves) {
   std::optional<PlotRange> range;
   const auto include = [&range](std::optional<double> value) {
     if (!value) return;
@@ -100,13 +100,28 @@ std::optional<PlotRange> RangeOf(const std::vector<PlotCurve>& curves, Quantity 
     include(curve.lowest);
     include(curve.highest);
   }
-  if (!range) return std::nullopt;
-  const double least = quantity == Quantity::Temperature ? kLeastDegrees : kLeastRpm;
-  const double room = std::max((range->high - range->low) * kRoom, least);
-  const double high = range->high + room;
-  // No fan turns backwards: below zero there is just room for the line.
-  const bool belowZero = quantity == Quantity::FanSpeed && range->low >= 0 && range->low < room;
-  return PlotRange{.low = belowZero ? -kRoom * high : range->low - room, .high = high};
+  return range;
+}
+
+double LeastRoom(Quantity quantity) { return quantity == Quantity::Temperature ? kLeastDegrees : kLeastRpm; }
+
+/// @return whether so much less than the lowest value would be a fan that turns backwards
+bool Backwards(const PlotRange& extremes, double less, Quantity quantity) {
+  return quantity == Quantity::FanSpeed && extremes.low >= 0 && extremes.low < less;
+}
+
+PlotRange ValuesOf(const PlotRange& extremes, Quantity quantity) {
+  const double missing = 2 * LeastRoom(quantity) - (extremes.high - extremes.low);
+  if (missing <= 0) return extremes;
+  const bool fromZero = Backwards(extremes, missing / 2, quantity);
+  return {.low = fromZero ? 0 : extremes.low - missing / 2, .high = extremes.high + missing / 2};
+}
+
+PlotRange RangeOf(const PlotRange& extremes, Quantity quantity) {
+  const double room = std::max((extremes.high - extremes.low) * kRoom, LeastRoom(quantity));
+  const double high = extremes.high + room;
+  // Below zero there is just room for the line.
+  return {.low = Backwards(extremes, room, quantity) ? -kRoom * high : extremes.low - room, .high = high};
 }
 
 }  // namespace
@@ -117,13 +132,14 @@ std::vector<PlotPanel> PanelsOf(const TraceFile& trace, const TraceStatistics& s
   for (const Quantity quantity : {Quantity::Temperature, Quantity::FanSpeed}) {
     auto curves = CurvesOf(trace, statistics, columns, quantity);
     if (curves.empty()) continue;
-    const std::optional<PlotRange> range = RangeOf(curves, quantity);
+    const std::optional<PlotRange> extremes = ExtremesOf(curves);
     const bool empty =
         std::all_of(curves.begin(), curves.end(), [](const PlotCurve& curve) { return !curve.highest.has_value(); });
     panels.push_back({.quantity = quantity,
                       .curves = std::move(curves),
-                      .range = range.value_or(PlotRange{}),
-                      .scaled = range.has_value(),
+                      .values = extremes ? ValuesOf(*extremes, quantity) : PlotRange{},
+                      .range = extremes ? RangeOf(*extremes, quantity) : PlotRange{},
+                      .scaled = extremes.has_value(),
                       .empty = empty});
   }
   return panels;

@@ -38,6 +38,20 @@ bool AnyErrors(const std::vector<PlotCurve>& curves) {
   return std::any_of(curves.begin(), curves.end(), [](const PlotCurve& curve) { return curve.errors != 0; });
 }
 
+std::string OtherColumnsText(const TraceStatistics& statistics) {
+  return Counted(statistics.otherColumns, "row") + " of an earlier set of sensors";
+}
+
+/// Rows that a plot leaves out.
+std::vector<std::string> LeftOut(const TraceStatistics& statistics) {
+  std::vector<std::string> texts;
+  if (statistics.damaged != 0) texts.push_back(Counted(statistics.damaged, "damaged row"));
+  if (statistics.clockNotSet != 0) {
+    texts.push_back(Counted(statistics.clockNotSet, "row") + " from before the clock was set");
+  }
+  return texts;
+}
+
 }  // namespace
 
 std::string LegendHead(const std::vector<PlotCurve>& curves, Quantity quantity) {
@@ -73,15 +87,18 @@ std::vector<std::string> NotesOf(const TraceStatistics& statistics, const std::v
   for (const TraceGap& gap : statistics.gaps) missing += gap.MissingRows();
   if (errors != 0) add(marks.failure, "failed reading (" + std::to_string(errors) + ")");
   if (missing != 0) add(marks.gap, "no rows (" + std::to_string(missing) + " missing)");
-  if (statistics.otherColumns != 0) {
-    add(marks.otherColumns, Counted(statistics.otherColumns, "row") + " of an earlier set of sensors");
-  }
+  if (statistics.otherColumns != 0) add(marks.otherColumns, OtherColumnsText(statistics));
   if (!statistics.clockSetBack.empty()) add(marks.clockSetBack, "the clock was set back");
-  if (statistics.damaged != 0) add("left out", Counted(statistics.damaged, "damaged row"));
-  if (statistics.clockNotSet != 0) {
-    add("left out", Counted(statistics.clockNotSet, "row") + " from before the clock was set");
-  }
+  for (const std::string& text : LeftOut(statistics)) add("left out", text);
   return notes;
+}
+
+std::string OtherRowsText(const TraceStatistics& statistics) {
+  std::vector<std::string> texts = LeftOut(statistics);
+  if (statistics.otherColumns != 0) texts.insert(texts.begin(), OtherColumnsText(statistics));
+  std::string all;
+  for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + text;
+  return all;
 }
 
 }  // namespace clmctl

@@ -26,5 +26,7 @@ struct PlotMarks {
 /// @return what the marks of the drawn columns mean, and what is left out; empty when there is nothing of that
 std::vector<std::string> NotesOf(const TraceStatistics& statistics, const std::vector<std::size_t>& columns,
                                  const PlotMarks& marks);
+/// @return what the rows are that no curve goes through, as in "2 damaged rows"; "" when there are none
+std::string OtherRowsText(const TraceStatistics& statistics);
 
 }  // namespace clmctl

@@ -46,8 +46,11 @@ void PrintAnswer(const SApiResetResp& answer, const SApi2ResetReq& request, bool
                {"cpu", answer.target_cpu},
                {"success_code", answer.success_code}});
   } else {
-    WriteLine(type + " (" + category + ") of board " + std::to_string(answer.target_board) + ", processor " +
-              std::to_string(answer.target_cpu) + ": answered " + std::to_string(answer.success_code));
+    WriteLine("the service has answered: " + type + " (" + category + ") of board " +
+              std::to_string(answer.target_board) + ", processor " + std::to_string(answer.target_cpu));
+    WriteLine(
+        "It records only resets of its own board, of its own processor or the FPGA; `clmctl blackbox reset-info` "
+        "shows the last one.");
   }
 }
 

@@ -57,8 +57,8 @@ void WriteTraceJson(const TraceFile& trace, const TraceStatistics& statistics, b
 void ShowTrace(const BlackBoxSource& source, const ShowArguments& arguments, bool json) {
   TraceFile trace = ParseTraceFile(source.text);
   Diagnose(source.path, trace.problems);
-  if (!arguments.last.empty()) {
-    const std::size_t last = ParseNumber(arguments.last, "number of rows");
+  if (arguments.last) {
+    const std::size_t last = ParseCount(*arguments.last, "--last");
     trace.rows.erase(trace.rows.begin(),
                      trace.rows.end() - static_cast<std::ptrdiff_t>(std::min(last, trace.rows.size())));
   }
@@ -77,6 +77,10 @@ void ShowTrace(const BlackBoxSource& source, const ShowArguments& arguments, boo
 }  // namespace
 
 void RunShow(const ShowArguments& arguments, const Settings& settings) {
+  if (arguments.kind != "trace" && (arguments.rows || arguments.last)) {
+    throw CommandError(ExitCode::Usage, std::string(arguments.rows ? "--rows" : "--last") +
+                                            " is about the rows of a trace: give it to `clmctl blackbox show trace`");
+  }
   if (arguments.kind == "board") {
     ShowBoard(ReadBlackBoxFile(arguments.file, kBoardFileTag), settings.json);
   } else if (arguments.kind == "config") {

@@ -16,6 +16,10 @@ constexpr std::size_t kLeastColumns = 50, kLeastRows = 20, kUsualColumns = 100, 
 /// Lines of title, notes and prompt.
 constexpr std::size_t kOtherLines = 4;
 constexpr std::size_t kLabelColumns = 8;  ///< before the vertical axis
+constexpr std::size_t kRightColumns = 3;  ///< behind the plot: half of the last label
+constexpr std::size_t kTimeRows = 3;      ///< below a frame's line: signs of the time axis, its labels of two lines
+/// So many rows leave one to the marks.
+constexpr std::size_t kRowsWithMarks = 6;
 constexpr PlotMarks kMarks = {.failure = "x", .gap = "~", .otherColumns = "?", .clockSetBack = "<"};
 
 /// A colour as gnuplot and as a terminal calls it.
@@ -53,15 +57,15 @@ class Canvas {
       : m_trace(trace),
         m_statistics(statistics),
         m_panels(panels),
-        m_time(TimeAxisOf(statistics, (columns - kLabelColumns) / 9)),
+        m_time(TimeAxisOf(statistics, (columns - kLabelColumns) / 9, OneColumnOf(columns))),
         m_columns(columns),
         m_rows(rows) {
     Line("set encoding utf8");
     Line("set terminal dumb noenhanced nofeed " + std::string(colours ? "ansi" : "mono") + " size " +
          std::to_string(columns) + "," + std::to_string(rows));
     Line("set multiplot\nset border 3\nset tics nomirror out\nunset key\nunset mxtics");
-    Line("set lmargin at " + At(static_cast<double>(kLabelColumns) / static_cast<double>(columns)));
-    Line("set rmargin at " + At(1 - 3.0 / static_cast<double>(columns)));
+    Line("set lmargin at " + At(kLabelColumns, columns));
+    Line("set rmargin at " + At(columns - 1 - kRightColumns, columns));
     Line("set xdata time\nset timefmt \"%s\"");
     Line("set xrange [" + GnuplotNumber(m_time.begin) + ":" + GnuplotNumber(m_time.end) + "]");
     Line("set xtics " + GnuplotNumber(m_time.step));
@@ -73,23 +77,50 @@ class Canvas {
 
  private:
   void Line(const std::string& text) { m_script += text + "\n"; }
-  static std::string At(double value) { return "screen " + GnuplotNumber(value); }
+
+  /// @return gnuplot's word for one of so many rows from the bottom, or columns from the left. A fifth more than the
+  ///         whole number is this one however it is rounded.
+  static std::string At(std::size_t index, std::size_t count) {
+    return "screen " + GnuplotNumber((static_cast<double>(index) + 0.2) / static_cast<double>(count - 1), 6);
+  }
+
+  /// @return the part that a column is of what the rows span, when there is one free on each side
+  static double OneColumnOf(std::size_t columns) {
+    return 1.0 / static_cast<double>(columns - kLabelColumns - kRightColumns - 3);
+  }
+
+  /// Rows from the bottom.
+  struct Place {
+    std::size_t head;   ///< what the axis is about
+    std::size_t top;    ///< the highest one of the plot
+    std::size_t frame;  ///< the frame's lower line
+  };
+
+  Place PlaceOf(std::size_t index) const {
+    const std::size_t boundary = m_rows * 2 / 5 - 1;
+    const bool upper = index == 0, lowest = index + 1 == m_panels.size();
+    return {.head = upper ? m_rows - 2 : boundary,
+            .top = upper ? m_rows - 3 : boundary - 1,
+            .frame = lowest ? kTimeRows : boundary + 2};
+  }
 
   void Draw(std::size_t index) {
     const PlotPanel& panel = m_panels[index];
-    const double row = 1.0 / static_cast<double>(m_rows);
-    const double boundary = m_panels.size() == 1 ? 0 : 0.4;
-    const bool upper = index == 0, lowest = index + 1 == m_panels.size();
-    Line("set tmargin at " + At((upper ? 1 : boundary) - 2 * row));
-    Line("set bmargin at " + At((upper ? boundary : 0) + (lowest ? 3 : 1) * row));
-    Line("set format x \"" + std::string(lowest ? m_time.format : "") + "\"");
+    const Place place = PlaceOf(index);
+    const std::size_t rows = place.top - place.frame;
+    const ValueAxis axis = ValueAxisOf(panel.values, rows, rows < kRowsWithMarks ? 1 : 2);
+    Line("set tmargin at " + At(place.top, m_rows));
+    Line("set bmargin at " + At(place.frame, m_rows));
+    Line("set format x \"" + std::string(index + 1 == m_panels.size() ? m_time.format : "") + "\"");
     Line(std::string("set label 1 \"") + (panel.quantity == Quantity::Temperature ? "deg C" : "RPM") +
-         "\" at screen 0," + At((upper ? 1 : boundary) - row));
+         "\" at screen 0," + At(place.head, m_rows));
     Line(std::string("set format y \"") + (panel.scaled ? "%g" : "") + "\"");
-    Line("set yrange [" + GnuplotNumber(panel.range.low) + ":" + GnuplotNumber(panel.range.high) + "]");
+    Line("set yrange [" + GnuplotNumber(axis.low) + ":" + GnuplotNumber(axis.high) + "]");
+    Line("set ytics " + GnuplotNumber(axis.firstLabel) + "," + GnuplotNumber(axis.step) + "," +
+         GnuplotNumber(axis.lastLabel));
     std::string plots = "NaN notitle";
     for (std::size_t i = 0; i < panel.curves.size(); ++i) plots += Curve(panel, i);
-    plots += Marks(panel);
+    plots += Marks(panel, axis);
     Line("plot " + plots);
   }
 
@@ -116,10 +147,8 @@ class Canvas {
   }
 
   /// What was not read stands above the time axis.
-  std::string Marks(const PlotPanel& panel) {
-    const double height = static_cast<double>(m_rows) * (m_panels.size() == 1 ? 1 : 0.5);
-    const double y = panel.range.low + (panel.range.high - panel.range.low) / height;
-    const std::string onAxis = "1:(" + GnuplotNumber(y) + ")";
+  std::string Marks(const PlotPanel& panel, const ValueAxis& axis) {
+    const std::string onAxis = "1:(" + GnuplotNumber(axis.lowestRow) + ")";
     std::string failures, gaps, others, setBack;
     for (const PlotCurve& curve : panel.curves) failures += curve.failures;
     for (const TraceGap& gap : m_statistics.gaps) gaps += Times(gap.begin, gap.end);

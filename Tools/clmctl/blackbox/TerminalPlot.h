@@ -14,7 +14,7 @@ namespace clmctl {
 /// A plot whose curves are points of one letter each: gnuplot draws the panels, the rest is text.
 class TerminalPlot {
  public:
-  /// @param columns of the trace, those that are drawn
+  /// @param columns of the trace, those that are drawn; one at least
   TerminalPlot(const TraceFile& trace, const TraceStatistics& statistics, const std::vector<std::size_t>& columns,
                const Screen& screen);
 

@@ -56,7 +56,6 @@ class PlotScript {
     Data();
     Title();
     for (std::size_t i = 0; i < m_panels.size(); ++i) DrawPanel(i);
-    if (m_panels.empty()) DrawNothing();
     Line("unset multiplot");
     return std::move(m_script);
   }
@@ -126,7 +125,7 @@ class PlotScript {
   }
 
   std::string Notes() const {
-    const bool temperatures = !m_panels.empty() && m_panels[0].quantity == Quantity::Temperature;
+    const bool temperatures = m_panels[0].quantity == Quantity::Temperature;
     const bool lines = temperatures && m_panels[0].scaled && m_panels[0].curves.size() <= kCurvesWithExtremes;
     std::string notes;
     if (temperatures) notes = "min, max of sensors: since the service started" + std::string(lines ? " (dotted)" : "");
@@ -141,7 +140,7 @@ class PlotScript {
   std::size_t LegendWidth() const {
     std::size_t chars = 0;
     for (const PlotPanel& panel : m_panels) chars = std::max(chars, Width(LegendHead(panel.curves, panel.quantity)));
-    return chars == 0 ? kRight : chars * kLegendChar + kLegendSample + kRight;
+    return chars * kLegendChar + kLegendSample + kRight;
   }
 
   /// @return pixels between the axes' ends
@@ -233,11 +232,6 @@ class PlotScript {
   static double ErrorHeight(const PlotPanel& panel, std::size_t level) {
     const double step = (panel.range.high - panel.range.low) * 0.016;
     return panel.range.low + step * (1 + static_cast<double>(level % kErrorLevels));
-  }
-
-  void DrawNothing() {
-    Label("The trace has no columns.", 0.5, 0.5, "center font \",12\"");
-    Line("unset border\nunset tics\nplot [0:1][0:1] NaN notitle");
   }
 
   const TraceFile& m_trace;

@@ -22,7 +22,7 @@ struct PictureSettings {
   PictureFormat format = PictureFormat::Png;
   PictureSize size;
   std::string title;                 ///< what was traced: the board or the file
-  std::vector<std::size_t> columns;  ///< of the trace, those that are drawn
+  std::vector<std::size_t> columns;  ///< of the trace, those that are drawn; one at least
 };
 
 /// @return a size in which so many sensors and fans are readable

@@ -33,9 +33,9 @@ TEST(FanTable, TellsHowOldItsReadingsAre) {
             std::string::npos);
 }
 
-TEST(FanTable, MarksAFanThatDoesNotTurn) {
+TEST(FanTable, MarksAFanWithoutASpeed) {
   const std::string text = Joined(TableOf(0).Draw({.colours = true}, kStart));
-  EXPECT_NE(text.find("\x1b[1;31mstands still"), std::string::npos) << text;
+  EXPECT_NE(text.find("\x1b[1;31mno speed\x1b"), std::string::npos) << text;
 }
 
 TEST(FanTable, WaitsForItsFirstIndication) {

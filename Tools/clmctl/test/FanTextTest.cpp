@@ -13,7 +13,7 @@ const FanIndication kTwoFans{.readings = {{.fan = EFanUnit_GarFan1, .rpm = 3100,
 TEST(FanLines, HaveColumnsThatDoNotMove) {
   EXPECT_EQ(FanLines(kTwoFans, "T"),
             "T  GAR_FAN1           3100 rpm  25 kHz  ok\n"
-            "T  GAR_FAN2              0 rpm       -  stopped\n");
+            "T  GAR_FAN2              0 rpm       -  no speed\n");
 }
 
 TEST(FanObjects, TellWhatIsKnownAndNullForTheRest) {
@@ -22,7 +22,7 @@ TEST(FanObjects, TellWhatIsKnownAndNullForTheRest) {
   EXPECT_EQ(objects[0].dump(),
             R"({"time":"T","indication":3,"fan":"GAR_FAN1","fan_number":201,"state":"ok","speed_rpm":3100,)"
             R"("pwm_frequency_hz":25000})");
-  EXPECT_EQ(objects[1]["state"].get<std::string>(), "stopped");
+  EXPECT_EQ(objects[1]["state"].get<std::string>(), "no speed");
   EXPECT_TRUE(objects[1]["pwm_frequency_hz"].is_null());
 }
 

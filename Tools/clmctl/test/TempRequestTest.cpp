@@ -39,7 +39,7 @@ TEST(TempIndication, TellsTheErrorOfAFailedSensor) {
   ASSERT_TRUE(indication.has_value());
   ASSERT_EQ(indication->readings.size(), 2u);
   EXPECT_FALSE(indication->readings[1].valid);
-  EXPECT_EQ(indication->readings[1].driverError, 2u);
+  EXPECT_EQ(indication->readings[1].driverError, -2);
 }
 
 TEST(TempIndication, IsNotBelievedBeyondItsPayload) {

@@ -14,7 +14,7 @@ namespace {
 TempIndication OneSensor(double celsius, bool valid = true) {
   return {
       .sensorType = ETempSensorType_Kel,
-      .readings = {{.name = TEMP_SENSOR_KEL_MCU, .celsius = celsius, .valid = valid, .driverError = valid ? 0u : 2u}}};
+      .readings = {{.name = TEMP_SENSOR_KEL_MCU, .celsius = celsius, .valid = valid, .driverError = valid ? 0 : -2}}};
 }
 
 TempIndication ManySensors(std::size_t count) {
@@ -48,7 +48,7 @@ TEST(TempTable, ShowsTheErrorOfAFailedSensor) {
   table.Add(OneSensor(0, false), "12:00:01");
   const std::string text = Text(table, {.columns = 120, .rows = 24});
   EXPECT_NE(text.find("failed: "), std::string::npos);
-  EXPECT_NE(text.find("(2)"), std::string::npos);
+  EXPECT_NE(text.find("(-2)"), std::string::npos);
 }
 
 /// @return an indication of sensors that all show the same

@@ -15,13 +15,19 @@ const TempIndication kEmpty{.sensorType = ETempSensorType_Dax1, .readings = {}};
 const TempIndication kUnit{
     .sensorType = ETempSensorType_Dax1,
     .readings = {{.name = TEMP_SENSOR_DAX1_MCU, .celsius = 41.5, .valid = true, .driverError = 0},
-                 {.name = TEMP_SENSOR_DAX1_VORNIK, .celsius = 0, .valid = false, .driverError = 2}}};
+                 {.name = TEMP_SENSOR_DAX1_VORNIK, .celsius = 0, .valid = false, .driverError = -2}}};
 
 TEST(TempText, IsALineForEachSensor) {
   const std::string lines = TempLines(kUnit, "12:00");
   EXPECT_TRUE(
-      lines.starts_with("12:00  DAX1_MCU             41.500 C  ok\n12:00  DAX1_VORNIK               - C  failed"))
+      lines.starts_with("12:00  DAX1_MCU             41.500 C  ok\n12:00  DAX1_VORNIK               -    failed"))
       << lines;
+}
+
+TEST(TempText, TellsADriversErrorByTheSameNumberEverywhere) {
+  EXPECT_EQ(StateText(kUnit.readings[1]), "failed: The device did not answer (-2)");
+  EXPECT_NE(TempLines(kUnit, "12:00").find("failed: The device did not answer (-2)\n"), std::string::npos);
+  EXPECT_EQ(TempObjects(kUnit, 1, "12:00").at(1)["driver_error"], -2);
 }
 
 TEST(TempText, SaysThatATypeHasNoSensors) { EXPECT_EQ(TempLines(kEmpty, "12:00"), "12:00  Dax1 has no sensors\n"); }
@@ -33,7 +39,6 @@ TEST(TempText, IsAnObjectForEachSensor) {
       R"({"time":"12:00","indication":3,"sensor_type":"Dax1","sensor":"DAX1_MCU","sensor_number":12,"state":"ok",)"
       R"("temperature_celsius":41.5,"driver_error":null,"driver_error_text":null})"))
       << objects[0];
-  EXPECT_EQ(objects[1]["driver_error"], -2);
   EXPECT_TRUE(objects[1]["temperature_celsius"].is_null());
 }
 

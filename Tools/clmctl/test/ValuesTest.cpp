@@ -33,6 +33,19 @@ TEST(Duration, BeyondTheMessageFieldIsRefused) {
   EXPECT_NE(Refusal([] { ParseDuration("99999999999999999999h"); }), "");
 }
 
+TEST(Timeout, OfNothingIsRefusedWithWhatIsAllowed) {
+  EXPECT_EQ(ParseTimeout("1ms"), milliseconds(1));
+  for (const char* text : {"0s", "0ms", "0.1ms", "soon"}) {
+    EXPECT_NE(Refusal([text] { ParseTimeout(text); }).find("give"), std::string::npos) << text;
+  }
+}
+
+TEST(Count, IsOneAtLeast) {
+  EXPECT_EQ(ParseCount("1", "--count"), 1u);
+  EXPECT_EQ(Refusal([] { ParseCount("0", "--count"); }), "--count 0 would show nothing; give 1 or more");
+  EXPECT_NE(Refusal([] { ParseCount("", "--count"); }).find("1 or more"), std::string::npos);
+}
+
 TEST(Address, IsBoardCpuAndTask) {
   EXPECT_EQ(ParseAddress("1/2/0x4b6"), 0x010204B6u);
   EXPECT_EQ(ParseAddress("255/255/65535"), 0xFFFFFFFFu);

@@ -18,15 +18,20 @@ TEST(StoreFileRequest, CarriesPathsAndOlderCopies) {
 
 TEST(StoreFileRequest, TakesPathsOf127Bytes) {
   const std::string path = "/" + std::string(126, 'x');
-  EXPECT_EQ(StoreFileRequest(path, "", 0).sourceFile, path);
-  EXPECT_NE(Refusal([&] { StoreFileRequest(path + "x", "", 0); }).find("at most 127 bytes, not 128"),
+  EXPECT_EQ(StoreFileRequest(path, {}, 0).sourceFile, path);
+  EXPECT_NE(Refusal([&] { StoreFileRequest(path + "x", {}, 0); }).find("at most 127 bytes, not 128"),
             std::string::npos);
   EXPECT_NE(Refusal([&] { StoreFileRequest("/x", path.substr(1) + "xx", 0); }).find("--as"), std::string::npos);
 }
 
 TEST(StoreFileRequest, RefusesARelativeSource) {
-  EXPECT_NE(Refusal([] { StoreFileRequest("log", "", 0); }).find("daemon's own file system"), std::string::npos);
-  EXPECT_NE(Refusal([] { StoreFileRequest("", "", 0); }), "");
+  EXPECT_NE(Refusal([] { StoreFileRequest("log", {}, 0); }).find("daemon's own file system"), std::string::npos);
+  EXPECT_NE(Refusal([] { StoreFileRequest("", {}, 0); }), "");
+}
+
+TEST(StoreFileRequest, RefusesANameWithoutACharacter) {
+  EXPECT_NE(Refusal([] { StoreFileRequest("/rom/log", "", 0); }).find("--as"), std::string::npos);
+  EXPECT_STREQ(StoreFileRequest("/rom/log", std::nullopt, 0).targetFile, "");
 }
 
 TEST(StoreFileRequest, RefusesANameThatIsAPath) {
@@ -34,8 +39,8 @@ TEST(StoreFileRequest, RefusesANameThatIsAPath) {
 }
 
 TEST(StoreFileRequest, RefusesMoreOlderCopiesThanTheServiceKeeps) {
-  EXPECT_EQ(StoreFileRequest("/rom/log", "", 2).numOfPreviousFiles, 2u);
-  EXPECT_NE(Refusal([] { StoreFileRequest("/rom/log", "", 3); }).find("0, 1 or 2"), std::string::npos);
+  EXPECT_EQ(StoreFileRequest("/rom/log", {}, 2).numOfPreviousFiles, 2u);
+  EXPECT_NE(Refusal([] { StoreFileRequest("/rom/log", {}, 3); }).find("0, 1 or 2"), std::string::npos);
 }
 
 TEST(ResetRequest, SwitchesTheResetOn) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -48,15 +49,17 @@ class Commands : public testing::Test {
     Settings settings;
     settings.json = json;
     ExitCode end = ExitCode::Done;
+    std::string why;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     try {
       run(arguments, settings);
     } catch (const CommandError& error) {
       end = error.Code();
+      why = error.what();
     }
     m_out = testing::internal::GetCapturedStdout();
-    m_errors = testing::internal::GetCapturedStderr();
+    m_errors = testing::internal::GetCapturedStderr() + why;
     return end;
   }
 
@@ -83,7 +86,7 @@ TEST_F(Commands, TellNoMoreThanTenProblems) {
   for (int i = 0; i < 30; ++i) text += "rubbish\n";
   EXPECT_EQ(End(RunShow, Show("board", File(text))), ExitCode::Refused);
   EXPECT_EQ(std::count(m_errors.begin(), m_errors.end(), '\n'), 11);
-  EXPECT_NE(m_errors.find("more"), std::string::npos);
+  EXPECT_NE(m_errors.find("... and "), std::string::npos) << m_errors;
 }
 
 TEST_F(Commands, ShowTheNewestRowsOfATrace) {
@@ -104,6 +107,27 @@ TEST_F(Commands, ShowATraceAsOneObjectALine) {
   rows.rows = true;
   EXPECT_EQ(End(RunShow, rows, true), ExitCode::Done);
   EXPECT_EQ(std::count(m_out.begin(), m_out.end(), '\n'), 2);
+}
+
+TEST_F(Commands, RefuseToShowNoRows) {
+  for (const char* const last : {"0", ""}) {
+    ShowArguments arguments = Show("trace", File(kTraceHead + Row(5, "1\t2\t3\t")));
+    arguments.last = last;
+    EXPECT_EQ(End(RunShow, arguments), ExitCode::Usage);
+    EXPECT_NE(m_errors.find("1 or more"), std::string::npos) << m_errors;
+  }
+}
+
+TEST_F(Commands, RefuseRowsOfWhatHasNone) {
+  for (const char* const kind : {"board", "config"}) {
+    ShowArguments rows = Show(kind, File(kBoardFile)), last = rows;
+    rows.rows = true;
+    last.last = "1";
+    for (const ShowArguments& arguments : {rows, last}) {
+      EXPECT_EQ(End(RunShow, arguments), ExitCode::Usage) << kind;
+      EXPECT_NE(m_errors.find("show trace"), std::string::npos) << m_errors;
+    }
+  }
 }
 
 TEST_F(Commands, RefuseAnUnknownKindAndAMissingFile) {
@@ -133,8 +157,31 @@ TEST_F(Commands, PlotTellsOfAPictureOnlyWhereThereIsOne) {
 }
 
 TEST_F(Commands, PlotOfATraceWithoutColumnsSaysSo) {
-  EXPECT_EQ(End(RunPlot, Plot(File("rubbish\n"))), ExitCode::Refused);
-  EXPECT_NE(m_out.find("nothing to draw"), std::string::npos);
+  std::string rowsOnly = kTraceHead + Row(1, "");
+  for (const char* const column : {"KEL_MCU\t", "KEL\t", "FAN_1\t", "39000\t", "43500\t", "-\t"}) {
+    for (std::size_t at; (at = rowsOnly.find(column)) != std::string::npos;) rowsOnly.erase(at, std::strlen(column));
+  }
+  for (const std::string& text : {std::string("rubbish\n"), rowsOnly}) {
+    EXPECT_EQ(End(RunPlot, Plot(File(text))), ExitCode::Refused) << text;
+    EXPECT_NE(m_errors.find("has no columns: there is nothing to draw"), std::string::npos) << m_errors;
+  }
+}
+
+TEST_F(Commands, PlotOfATraceWithoutRowsSaysSoWhereverItWouldBeDrawn) {
+  PlotArguments terminal = Plot(File(kTraceHead)), png = terminal, svg = terminal;
+  png.png = m_folder + "/p.png";
+  svg.svg = m_folder + "/p.svg";
+  for (const PlotArguments& arguments : {terminal, png, svg}) {
+    EXPECT_EQ(End(RunPlot, arguments), ExitCode::Refused);
+    EXPECT_EQ(m_out, "");
+    EXPECT_NE(m_errors.find("has no rows: there is nothing to draw"), std::string::npos) << m_errors;
+  }
+  EXPECT_FALSE(fs::exists(png.png) || fs::exists(svg.svg));
+}
+
+TEST_F(Commands, PlotOfATraceWithoutAGoodRowSaysWhatTheRowsAre) {
+  EXPECT_EQ(End(RunPlot, Plot(File(kTraceHead + Row(1, "1\t") + Row(2, "1\t")))), ExitCode::Refused);
+  EXPECT_NE(m_errors.find("2 rows of an earlier set of sensors"), std::string::npos) << m_errors;
 }
 
 }  // namespace

@@ -63,6 +63,7 @@ TEST(HostileText, InATraceIsShownAndDrawnHarmlessly) {
     EXPECT_TRUE(IsHarmless(TraceRowLines(trace, {.columns = 80})));
     for (const FileProblem& problem : trace.problems) EXPECT_EQ(Printable(problem.text), problem.text);
     for (const TraceRow& row : trace.rows) EXPECT_FALSE(Dump(TraceRowJson(trace, row)).empty());
+    if (!CanBeDrawn(trace, statistics)) continue;
     const TerminalPlot plot(trace, statistics, HottestColumns(trace, statistics), Screen{});
     EXPECT_EQ(plot.Script().find('`'), std::string::npos);
     EXPECT_FALSE(

@@ -161,5 +161,37 @@ TEST(TimeAxis, HasNoMoreLabelsThanThereIsRoomFor) {
   }
 }
 
+TEST(ValueAxis, HasRoundLabelsAroundAllValues) {
+  const ValueAxis axis = ValueAxisOf({.low = 23.9, .high = 55.9}, 13, 2);
+  EXPECT_EQ(axis.firstLabel, 20);
+  EXPECT_EQ(axis.lastLabel, 60);
+  EXPECT_EQ(axis.step, 10);
+}
+
+TEST(ValueAxis, KeepsItsRowsBelowTheValuesFree) {
+  for (const PlotRange values : {PlotRange{0, 3000}, PlotRange{-40, 100}, PlotRange{41, 42}, PlotRange{-5, -4}}) {
+    for (const std::size_t rows : {3u, 4u, 8u, 9u, 30u, 300u}) {
+      for (const std::size_t below : {1u, 2u}) {
+        const ValueAxis axis = ValueAxisOf(values, rows, below);
+        const double row = (axis.high - axis.low) / static_cast<double>(rows);
+        EXPECT_NEAR(axis.lowestRow, axis.low + row, row / 100);
+        EXPECT_GE(axis.firstLabel, axis.low + static_cast<double>(below) * row * 0.99);
+        EXPECT_LE(axis.firstLabel, values.low);
+        EXPECT_LE(values.high, axis.lastLabel);
+        EXPECT_LT(axis.high - axis.lastLabel, row / 2);
+      }
+    }
+  }
+}
+
+TEST(ValueAxis, HasNoMoreLabelsThanThereIsRoomFor) {
+  for (const double high : {1.0, 1.9, 5.5, 99.9, 3150.0, 2147483647.0}) {
+    for (const std::size_t rows : {3u, 8u, 13u, 40u}) {
+      const ValueAxis axis = ValueAxisOf({.low = 0, .high = high}, rows, 1);
+      EXPECT_LT((axis.lastLabel - axis.firstLabel) / axis.step, static_cast<double>(rows - 1)) << high << " " << rows;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace clmctl

@@ -2,12 +2,9 @@
 
 #include "GnuplotText.h"
 #include "PlotColumns.h"
-#include "TerminalPlot.h"
 #include "TraceSample.h"
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace clmctl {
 namespace {
@@ -54,7 +51,9 @@ TEST(TracePlot, DrawsTheExtremesOfFewSensors) {
   EXPECT_NE(Script(Trace({Row(5, "1\t2\t3\t")})).find("43.500 with lines"), std::string::npos);
 }
 
-TEST(TracePlot, SaysThatAPanelIsEmpty) { EXPECT_EQ(Count(Script(Trace({})), "no readings"), 2u); }
+TEST(TracePlot, SaysThatAPanelIsEmpty) {
+  EXPECT_EQ(Count(Script(Trace({Row(5, "error\terror\terror\t")})), "no readings"), 2u);
+}
 
 TEST(TracePlot, IsLargerForMoreCurves) {
   EXPECT_GT(ReadableSize(34, 3).height, ReadableSize(3, 3).height);
@@ -69,46 +68,6 @@ TEST(TracePlot, OfNamesFromAFileIsAsLongAsItsLines) {
   EXPECT_EQ(Count(script, "\n"), lines);
   EXPECT_EQ(script.find('`'), std::string::npos);
   EXPECT_EQ(script.find("system("), std::string::npos);
-}
-
-TEST(TerminalPlot, FitsItsTerminal) {
-  const TraceFile trace = Trace({Row(5, "1\t2\t3\t"), Row(6, "1\t2\t3\t")});
-  const TerminalPlot plot(trace, StatisticsOf(trace), AllColumns(trace), {.columns = 120, .rows = 50});
-  EXPECT_NE(plot.Script().find("size 120,41"), std::string::npos) << plot.Script();
-}
-
-TEST(TerminalPlot, GivesEachCurveACharacter) {
-  const TraceFile trace = Trace({Row(5, "50000\t2\t3\t")});
-  const TerminalPlot plot(trace, StatisticsOf(trace), AllColumns(trace), {});
-  const std::string text = plot.Text("board", "");
-  EXPECT_NE(text.find("\nA KEL "), std::string::npos) << text;
-  EXPECT_NE(text.find("\nB KEL_MCU "), std::string::npos);
-  EXPECT_NE(text.find("\n1 FAN_1 "), std::string::npos);
-  EXPECT_NE(plot.Script().find("pt \"A\""), std::string::npos);
-}
-
-TEST(TerminalPlot, HasNoColoursUnlessTheTerminalHas) {
-  const TraceFile trace = Trace({Row(5, "50000\t2\t3\t")});
-  const TerminalPlot plain(trace, StatisticsOf(trace), AllColumns(trace), {});
-  EXPECT_EQ(plain.Text("board", "").find('\x1b'), std::string::npos);
-  EXPECT_NE(plain.Script().find(" mono "), std::string::npos);
-  const TerminalPlot coloured(trace, StatisticsOf(trace), AllColumns(trace), {.colours = true});
-  EXPECT_NE(coloured.Text("board", "").find("\x1b[1;31mA\x1b[0m"), std::string::npos);
-  EXPECT_NE(coloured.Script().find(" ansi "), std::string::npos);
-}
-
-TEST(TerminalPlot, IsAsciiWhereTheTerminalIs) {
-  TraceFile trace = Trace({Row(5, "50000\t2\t3\t")});
-  trace.columns[0].name = "caf\xc3\xa9";
-  const TerminalPlot plot(trace, StatisticsOf(trace), AllColumns(trace), {.utf8 = false});
-  const std::string text = plot.Text("board", "");
-  EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
-}
-
-TEST(TerminalPlot, MarksAGapOfYearsWithoutADataLineForEachMinute) {
-  const TraceFile trace = Trace({"2010-03-07T14:05:09.042Z\t1\t2\t3\t\n", "2035-03-07T14:05:09.042Z\t1\t2\t3\t\n"});
-  const TerminalPlot plot(trace, StatisticsOf(trace), AllColumns(trace), {});
-  EXPECT_LT(Count(plot.Script(), "\n"), 400u);
 }
 
 }  // namespace
