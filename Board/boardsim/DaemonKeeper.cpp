@@ -15,7 +15,7 @@ namespace {
 constexpr std::chrono::milliseconds kPatience{5000};
 
 /// How the daemon ends when the board's description is wrong, or hardware that it names cannot be used.
-constexpr const char* kBoardRefused = "exit status 2";
+constexpr int kBoardRefused = 2;
 
 using Clock = std::chrono::steady_clock;
 
@@ -119,9 +119,10 @@ bool DaemonKeeper::Pause(const std::string& outcome, std::chrono::milliseconds r
   m_process.reset();
   m_down = true;
   m_changed.notify_all();
-  if (!m_stopping && m_starts == 1 && outcome == kBoardRefused) {
+  if (!m_stopping && m_starts == 1 && outcome == ExitText(kBoardRefused)) {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, 0, "daemon ended with %s: it cannot use this board, which goes down",
                    outcome.c_str());
+    lock.unlock();
     m_refused();
     return false;
   }

@@ -127,12 +127,14 @@ void ProcessHandle::Terminate(std::chrono::milliseconds patience) const {
   WaitForEnd(patience);
 }
 
+std::string ExitText(int status) { return "exit status " + std::to_string(status); }
+
 std::string WaitForChild(pid_t pid) {
   int status = 0;
   while (waitpid(pid, &status, 0) < 0) {
     if (errno != EINTR) return std::string("unknown status: ") + std::strerror(errno);
   }
-  if (!WIFSIGNALED(status)) return "exit status " + std::to_string(WEXITSTATUS(status));
+  if (!WIFSIGNALED(status)) return ExitText(WEXITSTATUS(status));
   return "signal " + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) + ")";
 }
 

@@ -61,8 +61,10 @@ class ProcessHandle {
   Fd m_fd;
 };
 
+/// @return what WaitForChild says of a child that ended by itself with a status: "exit status 1"
+std::string ExitText(int status);
 /// Waits for a child and takes its status.
-/// @return "exit status 1" or "signal 9 (Killed)"
+/// @return as ExitText, or "signal 9 (Killed)"
 std::string WaitForChild(pid_t pid);
 
 }  // namespace boardsim

@@ -78,7 +78,7 @@ void CheckSandbox(const StateDirectory& state) {
   }
   const std::string text = FileText(log);
   fs::remove(log, ignored);
-  if (outcome == "exit status 0") return;
+  if (outcome == ExitText(0)) return;
   throw SimError(ExitCode::Unreachable,
                  "bubblewrap cannot make the daemon's root (" + outcome + "): " + text +
                      "allow user namespaces (sysctl kernel.unprivileged_userns_clone=1, or the container's "

@@ -33,7 +33,7 @@ constexpr std::chrono::milliseconds kComeUpTime{20'000};
 constexpr std::chrono::milliseconds kGoDownTime{12'000};
 
 /// How the simulator ends when the daemon cannot use the board, or it cannot itself.
-constexpr const char* kBoardRefused = "exit status 2";
+constexpr int kBoardRefused = static_cast<int>(ExitCode::Usage);
 
 struct UpArguments {
   std::string description;
@@ -91,7 +91,7 @@ std::vector<u32> AwaitedTasks(bool withDaemon) {
 
 /// @param simulator the child that has ended
 std::string WhyItEnded(pid_t simulator, const Logs& logs) {
-  if (WaitForChild(simulator) == kBoardRefused && !logs.daemon.Lines().empty()) {
+  if (WaitForChild(simulator) == ExitText(kBoardRefused) && !logs.daemon.Lines().empty()) {
     return "the daemon cannot use it; its log " + EndOf(logs.daemon);
   }
   return "the simulator ended; its log " + EndOf(logs.simulator);

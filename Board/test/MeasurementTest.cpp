@@ -89,13 +89,15 @@ TEST_F(MeasurementTest, InterruptedWatchStopsTheMeasurement) {
   EXPECT_EQ(Clmctl({"temp", "start", "Kel"}).status, 0);
 }
 
-TEST_F(MeasurementTest, WhoseStartIsNotAnsweredInTimeIsNotLeftBehind) {
+TEST_F(MeasurementTest, WhoseStartIsNotAnsweredInTimeCanBeStopped) {
   Up();
   const pid_t daemon = DaemonPid();
   kill(daemon, SIGSTOP);
   const Result watch = Clmctl({"temp", "watch", "Kel", "--timeout", "100ms"});
   kill(daemon, SIGCONT);
   EXPECT_EQ(watch.status, 3) << watch.err;
+  EXPECT_NE(watch.err.find("; if it began all the same, `clmctl temp stop Kel` ends it"), std::string::npos);
+  EXPECT_EQ(Clmctl({"temp", "stop", "Kel"}).status, 0);
   EXPECT_EQ(Clmctl({"temp", "watch", "Kel", "--count", "1"}).status, 0);
 }
 

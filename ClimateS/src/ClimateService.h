@@ -58,8 +58,7 @@ class ClimateService : public Service {
   /// Temperature (ClimateServiceTemperature.cpp).
   /// Builds the sensor groups of this unit version.
   void MapUnitVersionToSensorGroups();
-  /// Any other exception ends the process.
-  /// @throw MsgHandlingException without a payload or when a message cannot be created
+  /// @throw MsgHandlingException without a payload or when a message cannot be created; anything else ends the process
   void HandleApiTempMeasReqMsg(void* msg);
   /// @throw MsgHandlingException without a payload or when a message cannot be created
   void HandleApiTemperaturePollTimerIndMsg(void* msg);

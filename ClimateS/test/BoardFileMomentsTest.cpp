@@ -35,9 +35,8 @@ bool Sleeps(pid_t thread) {
 /// Lets @p other happen, once, right after the clock was read next.
 void AfterTheClockIsRead(std::function<void()> other) {
   fake::OnUtcRead([other = std::move(other)] {
-    const std::function<void()> once = other;
     fake::OnUtcRead({});
-    once();
+    other();
   });
 }
 

@@ -48,13 +48,13 @@ TEST_F(WaitStartTest, TheTypeIsLoggedAsASignedNumber) {
 }
 
 TEST_F(WaitStartTest, TheWaitHasBegunBeforeTheThreadRuns) {
-  unsigned waiting = 0;
+  std::size_t written = 0;
   fake::OnThreadStarted([&] {
     m_blackBox.writeResetReasonToBlackbox();  // as the thread does, where the clock is set
-    waiting = static_cast<unsigned>(fake::Calls("AaFileClose").size());
+    written = fake::Calls("AaFileClose").size();
   });
   Start(kWatchdog);
-  EXPECT_EQ(waiting, 1u);
+  EXPECT_EQ(written, 1u);
   EXPECT_THAT(History(), ElementsAre(kNow + "Watchdog reset" + BootState() + "\n"));
 }
 

@@ -27,17 +27,11 @@ u32 TempSource::Start(const Client& client) const {
   SendTempMeas(client, RequestOf(ETempMeasCommand_Start));
   try {
     return AwaitTempMeas(client, m_settings.timeout).error;
-  } catch (const CommandError&) {
-    StopUnanswered(client);
-    throw;
-  }
-}
-
-void TempSource::StopUnanswered(const Client& client) const {
-  // The start is in the service's queue: what it begins is ended behind it. That nobody answers is told already.
-  try {
-    SendTempMeas(client, RequestOf(ETempMeasCommand_Stop));
-  } catch (const CommandError&) {
+  } catch (const CommandError& unanswered) {
+    // It is not stopped from here: the measurement that runs may be another client's.
+    throw CommandError(unanswered.Code(), std::string(unanswered.what()) +
+                                              "; if it began all the same, `clmctl temp stop " +
+                                              SensorTypeText(m_settings.type) + "` ends it");
   }
 }
 

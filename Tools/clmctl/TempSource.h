@@ -30,7 +30,6 @@ class TempSource : public Source {
   SApiTempMeasReq RequestOf(ETempMeasCommand command) const;
   /// @return the service's answer to a start, an ETempMeasError
   u32 Start(const Client& client) const;
-  void StopUnanswered(const Client& client) const;
 
   const Settings m_settings;
 };

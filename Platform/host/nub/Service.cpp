@@ -151,7 +151,7 @@ void Service::State::CallDelegate(MsgDelegateBase& delegate, void* msg) const {
                    delegate.MsgId(), failure.what(), failure.getDescription().c_str(), failure.getFile().c_str(),
                    failure.getLine());
   } catch (const std::bad_alloc&) {
-    // A message that memory does not suffice for is lost; the next one may need less.
+    // A message that memory does not suffice for is lost, unless its handler ends the process; the next may need less.
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, printFeature, "Message 0x%x: out of memory", delegate.MsgId());
   }
 }

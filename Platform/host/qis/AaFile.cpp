@@ -1,4 +1,4 @@
-// Files.
+// Files, and whether there is one or a directory.
 #include "AaFile.h"
 
 #include "AaSysLog.h"

@@ -84,7 +84,11 @@ QIS_EXPORT TAaProEuId AaProEuCurrent(void) {
   return t_eu;
 }
 
-QIS_EXPORT u32 AaSysComUserRegister(u32 task, TAaProEuId eu) { return Tasks::Own().Register(task, eu); }
+QIS_EXPORT u32 AaSysComUserRegister(u32 task, TAaProEuId eu) try {
+  return Tasks::Own().Register(task, eu);
+} catch (const std::bad_alloc&) {
+  return 0;
+}
 
 QIS_EXPORT i32 AaSysComUserDeregister(u32 task) {
   Tasks::Own().Deregister(task);

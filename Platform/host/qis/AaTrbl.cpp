@@ -38,8 +38,10 @@ QIS_EXPORT i32 AaTrblFileRegister(const char* name, const char* path, EAaTrblFil
   return EAaTrblRet_Failed;
 }
 
-QIS_EXPORT i32 AaTrblFileUnregister(const char* name) {
+QIS_EXPORT i32 AaTrblFileUnregister(const char* name) try {
   return name != nullptr && TrblRegistry::Own().Remove(name) ? EAaTrblRet_Ok : EAaTrblRet_Failed;
+} catch (const std::bad_alloc&) {
+  return EAaTrblRet_Failed;
 }
 
 QIS_EXPORT i32 AaTrblCollect(u32 timeoutMs, TAaTrblVisitor visitor, void* context) try {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -69,18 +70,20 @@ AccessRules AccessRules::FromNames(const std::vector<std::string>& names) {
   return rules;
 }
 
-bool KnowsUser(const char* uidMap, uid_t user) {
+bool KnowsAllUsers(const char* uidMap) {
+  constexpr unsigned long kAllUsers = 0xFFFFFFFF;  // the greatest number means none
   const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(uidMap, "re"));
   if (!file) {
-    return true;
+    return errno == ENOENT;
   }
-  unsigned long inside = 0, outside = 0, count = 0;
+  unsigned long inside = 0;
+  unsigned long outside = 0;
+  unsigned long count = 0;
+  unsigned long known = 0;
   while (std::fscanf(file.get(), "%lu %lu %lu", &inside, &outside, &count) == 3) {
-    if (user >= inside && user - inside < count) {
-      return true;
-    }
+    known += count;
   }
-  return false;
+  return known >= kAllUsers;
 }
 
 bool MaySend(const Peer& peer, const AccessRules& rules, uid_t ownUser) {
@@ -118,15 +121,15 @@ void TellRefusal(const char* what, const Peer& peer) {
                    "allow them",
                    what, static_cast<int>(peer.pid), static_cast<unsigned>(peer.uid), board::OwnBoard().path.c_str());
   } else {
-    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
-                   "%s process %d are refused: an ordinary user brought this board up, and no other one can be told "
-                   "there; bring it up as root to let those in whom access.send of %s names",
-                   what, static_cast<int>(peer.pid), board::OwnBoard().path.c_str());
+    AaSysLogPrintE(
+        EAaSysLogSeverityLevel_Error, kPlatformFeature,
+        "%s process %d are refused: an ordinary user brought this board up, and no other user can be told apart "
+        "there; bring it up as root to let those in whom access.send of %s names",
+        what, static_cast<int>(peer.pid), board::OwnBoard().path.c_str());
   }
 }
 
 Peer PeerOf(int socket) {
-  static const bool knowsAll = KnowsUser("/proc/self/uid_map", kOverflowUser);
   ucred credentials{.pid = 0, .uid = kOverflowUser, .gid = kOverflowUser};
   socklen_t size = sizeof credentials;
   ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size);
@@ -138,7 +141,7 @@ Peer PeerOf(int socket) {
     peer.groups.clear();
   }
   peer.groups.push_back(credentials.gid);
-  peer.isKnown = peer.uid != kOverflowUser || knowsAll;
+  peer.isKnown = peer.uid != kOverflowUser || KnowsAllUsers("/proc/self/uid_map");
   return peer;
 }
 

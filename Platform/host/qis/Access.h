@@ -22,8 +22,8 @@ struct Peer {
 inline constexpr uid_t kOverflowUser = 65534;
 
 /// @param uidMap path of a user namespace's /proc/PID/uid_map
-/// @return whether that namespace knows a user; true when it does not tell
-bool KnowsUser(const char* uidMap, uid_t user);
+/// @return whether that namespace knows every user of the host; true where the kernel has no such map
+bool KnowsAllUsers(const char* uidMap);
 
 /// Users and groups that may send, beside root and the receiver's own user.
 struct AccessRules {

@@ -133,8 +133,8 @@ int Tasks::Add(TAaSysComSicad sicad, TAaProEuId eu, EuRecord& record, pid_t& hol
     task->Close();
     return error;
   }
-  m_tasks[sicad] = task;
   record.tasks.push_back(sicad);
+  m_tasks[sicad] = task;
   return 0;
 }
 

@@ -22,8 +22,8 @@ struct TimeAxis {
 };
 
 /// @param mostLabels labels that have room
-/// @param margin     on each side, at least, as a part of what the rows span
-TimeAxis TimeAxisOf(const TraceStatistics& statistics, std::size_t mostLabels, double margin = 0.01);
+/// @param leastMargin on each side, at least, as a part of what the rows span
+TimeAxis TimeAxisOf(const TraceStatistics& statistics, std::size_t mostLabels, double leastMargin = 0.01);
 
 /// A vertical axis made of rows of characters. Its labels are round, and all values are between the lowest and the
 /// highest of them.

@@ -115,7 +115,7 @@ void RequireDrawable(const BlackBoxSource& source, const TraceFile& trace, const
   std::string why = " has no rows" + nothing +
                     "; once temperatures are measured (`clmctl temp watch` does), the service keeps a row a minute, "
                     "and `clmctl blackbox store` has it write them";
-  if (!others.empty()) why = " has no row whose values can be told apart (" + others + ")" + nothing;
+  if (!others.empty()) why = " has no row that can be drawn (" + others + ")" + nothing;
   if (trace.columns.empty()) why = " has no columns" + nothing + "; is it a trace file?";
   throw CommandError(ExitCode::Refused, Printable(source.path) + why);
 }

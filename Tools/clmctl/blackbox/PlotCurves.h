@@ -37,7 +37,7 @@ struct PlotPanel {
   Quantity quantity;
   std::vector<PlotCurve> curves;  ///< the highest last value first: in the order in which they end at the right edge
   PlotRange values;               ///< all readings and extremes, as wide at least as an axis can tell apart
-  PlotRange range;                ///< the same, with some room around
+  PlotRange range;                ///< all readings and extremes, with some room around
   bool scaled;                    ///< there is a value that gives the range a meaning
   bool empty;                     ///< the rows have no reading at all
 };

@@ -10,6 +10,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <thread>
+
 namespace {
 
 /// A supervisor that listens.
@@ -129,19 +131,34 @@ TEST_F(SignOfLifeTest, ComesWhenTheTimersMakeProgress) {
   EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");
 }
 
+/// Tells that timers of the process have expired, those of its first second and this one.
+void TellWhenASecondIsOver() {
+  constexpr u32 kOver = 0x1001;
+  constexpr u32 kASecondAndABit = 1'001'000;
+  const u32 task = AaSysComUserRegister(0, AaProEuCurrent());
+  TAaSysTimerId timer = 0;
+  void* msg = AaSysComMsgCreate(kOver, 0, AaSysComSicadGet(task, AaSysComGetOwnNid()));
+  EXPECT_EQ(AaSysTimermCreate(&timer, kASecondAndABit, 0, msg), 0);
+  Say("waiting");
+  msg = AaSysComMsgReceive(AASYSCOM_NO_TIMEOUT, nullptr);
+  AaSysComMsgDestroy(&msg);
+  Say("a second is over");
+}
+
 TEST_F(SignOfLifeTest, ComesWhenTheServiceThreadMakesProgress) {
   const Supervisor supervisor(Path());
   ServiceProcess service({.init = [](Probe& probe) {
     probe.Handle(kAsk, [](void*) {
-      Say("handling");
+      std::thread(&TellWhenASecondIsOver).join();
       WaitForTest();
     });
   }});
   EXPECT_EQ(supervisor.Notice(), "READY=1");
   const Client client;
   client.Send(kAsk);
-  ASSERT_TRUE(service.Says("handling"));
-  SetClock(1000);
+  ASSERT_TRUE(service.Says("waiting"));
+  SetClock(1001);
+  ASSERT_TRUE(service.Says("a second is over"));
   EXPECT_FALSE(supervisor.Told()) << "a handler does not come to its end";
   service.GoOn();
   EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");

@@ -44,20 +44,24 @@ TEST(Access, IsRefusedToAUserThatIsNotKnownWhateverTheRulesName) {
   EXPECT_FALSE(MaySend(peer, {.users = {qis::kOverflowUser}, .groups = {qis::kOverflowUser}}, kReceiver));
 }
 
-TEST(Access, KnownUsersAreThoseOfTheNamespace) {
+TEST(Access, NotEveryUserIsKnownInANamespaceOfSome) {
   const Board board;
   const std::string map = board.Folder() + "/uid_map";
-  std::ofstream(map) << "      1234       1234          1\n      2000          0        100\n";
-  for (const uid_t user : {1234u, 2000u, 2099u}) EXPECT_TRUE(qis::KnowsUser(map.c_str(), user)) << user;
-  for (const uid_t user : {0u, 1235u, 2100u, 65534u}) EXPECT_FALSE(qis::KnowsUser(map.c_str(), user)) << user;
+  for (const char* text : {"", "1234 1234 1\n", "65534 65534 1\n", "0 100000 65536\n", "0 0 10\n10 10 4294967284\n"}) {
+    std::ofstream(map) << text;
+    EXPECT_FALSE(qis::KnowsAllUsers(map.c_str())) << text;
+  }
+  EXPECT_FALSE(qis::KnowsAllUsers((map + "/in a file").c_str())) << "it cannot be read";
 }
 
 TEST(Access, EveryUserIsKnownWithoutANamespace) {
   const Board board;
   const std::string map = board.Folder() + "/uid_map";
-  EXPECT_TRUE(qis::KnowsUser(map.c_str(), qis::kOverflowUser)) << "the kernel has none";
-  std::ofstream(map) << "         0          0 4294967295\n";
-  EXPECT_TRUE(qis::KnowsUser(map.c_str(), qis::kOverflowUser));
+  EXPECT_TRUE(qis::KnowsAllUsers(map.c_str())) << "the kernel has none";
+  for (const char* text : {"         0          0 4294967295\n", "0 0 10\n10 10 4294967285\n"}) {
+    std::ofstream(map) << text;
+    EXPECT_TRUE(qis::KnowsAllUsers(map.c_str())) << text;
+  }
 }
 
 TEST(Access, RulesTakeUserAndGroupNamesApart) {
