@@ -32,10 +32,21 @@ EnoughMemory::~EnoughMemory() { --t_exempt; }
 
 }  // namespace ps::hwapi::common::climate
 
+// All forms, so that a sanitizer's own ones do not take part in any of them.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return ps::hwapi::common::climate::Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+}
 void* operator new(std::size_t size) {
-  void* const memory = ps::hwapi::common::climate::Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+  void* const memory = operator new(size, std::nothrow);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept { return operator new(size, tag); }
+void* operator new[](std::size_t size) { return operator new(size); }
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { std::free(memory); }
