@@ -133,12 +133,12 @@ class OutOfMemoryTest : public Calls, public ::testing::WithParamInterface<CallR
 };
 
 TEST_P(OutOfMemoryTest, IsToldAsAnErrorByTheFirstCall) {
-  FailEachAllocation([this](int error) { return error == GetParam().error || error == 0; });  // 0: it could do without
+  FailEachAllocation([](int error) { return error == GetParam().error || error == 0; });  // 0: it could do without
 }
 
 TEST_P(OutOfMemoryTest, IsToldAsAnErrorByALaterCall) {
   EXPECT_EQ((this->*GetParam().call)(), 0);
-  FailEachAllocation([this](int error) { return error == GetParam().error; });
+  FailEachAllocation([](int error) { return error == GetParam().error; });
 }
 
 INSTANTIATE_TEST_SUITE_P(
