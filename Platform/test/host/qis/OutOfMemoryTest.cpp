@@ -46,6 +46,10 @@ class Calls : public ::testing::Test {
     TAaProEuId eu = 0;
     return AaSysComEuCreateAndStart(&eu, "an execution unit", &Nothing, 0, 5, kTag, sizeof kTag);
   }
+  int RegisterUser() {
+    const u32 task = AaSysComUserRegister(0, m_eu);
+    return task != 0 ? AaSysComUserDeregister(task) : ENOMEM;
+  }
   int CreateSemaphore() {
     TAaSem* const semaphore = AaSemCreateC(1);
     return semaphore != nullptr ? AaSemDestroy(semaphore) : ENOMEM;
@@ -92,6 +96,7 @@ class Calls : public ::testing::Test {
   }
 
   const Board m_board;
+  const TAaProEuId m_eu = AaProEuCurrent();
   const std::string m_file = m_board.Folder() + "/a file with a long name";
   const std::string m_copy = m_file + ".copy";
   const std::string m_folder = m_board.Folder() + "/a folder/with a long name";
@@ -144,7 +149,8 @@ TEST_P(OutOfMemoryTest, IsToldAsAnErrorByALaterCall) {
 INSTANTIATE_TEST_SUITE_P(
     Platform, OutOfMemoryTest,
     testing::Values(CallRow{"StartOfATimer", &Calls::StartTimer}, CallRow{"StartOfAnEu", &Calls::StartEu},
-                    CallRow{"Semaphore", &Calls::CreateSemaphore}, CallRow{"SetOfATag", &Calls::SetTag},
+                    CallRow{"User", &Calls::RegisterUser}, CallRow{"Semaphore", &Calls::CreateSemaphore},
+                    CallRow{"SetOfATag", &Calls::SetTag},
                     CallRow{.name = "Tag", .call = &Calls::GetTag, .needsTag = true},
                     CallRow{.name = "TagWithANumber", .call = &Calls::GetTagU32, .needsTag = true},
                     CallRow{"ObserverOfATag", &Calls::ObserveTag}, CallRow{"FileToRead", &Calls::OpenToRead},
