@@ -17,7 +17,7 @@ namespace bench {
 namespace {
 
 /// The platform's header travels with every message.
-constexpr std::size_t kHeaderSize = 24;
+constexpr std::size_t kHeaderSize = 32;
 constexpr std::size_t kRequestSize = kHeaderSize + sizeof(SApiTempMeasReq);
 constexpr std::size_t kResponseSize = kHeaderSize + sizeof(SApiTempMeasResp);
 

@@ -19,15 +19,28 @@ MessagePtr Take(void** msg) {
   return MessagePtr(msg != nullptr ? static_cast<Message*>(std::exchange(*msg, nullptr)) : nullptr);
 }
 
+/// Who sent the message that the calling thread received last, and as which registration.
+struct LastSender {
+  TAaSysComSicad sender = 0;
+  u32 stamp = 0;
+};
+thread_local LastSender t_lastSender;
+
+/// A service may come back as another registration, and then gets what is sent to it; a client does not.
+bool IsOfAClient(TAaSysComSicad address) { return (address & 0xFFFFu) >= hwapi::qis::kFirstFreeTask; }
+
 }  // namespace
 
 namespace hwapi::qis {
 
-void Deliver(Message& message) {
-  if (const auto task = Tasks::Own().Find(message.header.receiver)) {
-    task->Send(message);
+void Deliver(MessagePtr message, WhenFull whenFull) {
+  WireHeader& header = message->header;
+  const Tasks::Ends ends = Tasks::Own().Find(header.receiver, header.sender);
+  header.senderStamp = ends.senderStamp;
+  if (ends.receiver) {
+    ends.receiver->Send(std::move(message), whenFull);
   } else {
-    Routes::Own().To(message.header.receiver)->Send(message);
+    Routes::Own().To(header.receiver)->Send(*message);
   }
 }
 
@@ -44,6 +57,7 @@ QIS_EXPORT void* AaSysComMsgCreateReply(u32 msgId, u32 size, void* request) {
   MessagePtr reply = hwapi::qis::CreateMessage(msgId, size, Of(request)->header.sender);
   if (reply) {
     reply->header.sender = Of(request)->header.receiver;
+    reply->header.stamp = Of(request)->header.senderStamp;
   }
   return reply.release();
 }
@@ -67,14 +81,18 @@ QIS_EXPORT void AaSysComMsgSetSender(void* msg, TAaSysComSicad sender) {
 }
 
 QIS_EXPORT void AaSysComMsgSend(void** msg) {
-  const MessagePtr message = Take(msg);
+  MessagePtr message = Take(msg);
   if (!message) {
     return;
   }
-  if (message->header.sender == 0) {
-    message->header.sender = hwapi::qis::Tasks::Own().FirstTaskOf(AaProEuCurrent());
+  hwapi::qis::WireHeader& header = message->header;
+  if (header.sender == 0) {
+    header.sender = hwapi::qis::Tasks::Own().FirstTaskOf(AaProEuCurrent());
   }
-  hwapi::qis::Deliver(*message);
+  if (header.stamp == 0 && header.receiver == t_lastSender.sender && IsOfAClient(header.receiver)) {
+    header.stamp = t_lastSender.stamp;  // an answer, too, although it was not created as one
+  }
+  hwapi::qis::Deliver(std::move(message), hwapi::qis::WhenFull::Drop);
 }
 
 QIS_EXPORT void AaSysComMsgSendS(void** msg, TAaSysComSicad sender) {
@@ -88,13 +106,15 @@ QIS_EXPORT void AaSysComMsgDestroy(void** msg) { Take(msg); }
 
 QIS_EXPORT void* AaSysComMsgReceive(u32 timeoutUs, const u16* filter) {
   const TAaProEuId eu = AaProEuCurrent();
-  hwapi::qis::Inbox* const inbox = hwapi::qis::Tasks::Own().InboxOf(eu);
-  if (inbox == nullptr) {
+  const std::shared_ptr<hwapi::qis::Inbox> inbox = hwapi::qis::Tasks::Own().InboxOf(eu);
+  if (!inbox) {
     return nullptr;
   }
   const std::int64_t waitNs =
       timeoutUs == AASYSCOM_NO_TIMEOUT ? -1 : hwapi::qis::Clock::Own().RealNsOf(std::uint64_t{timeoutUs});
-  return inbox->Receive(waitNs, filter).release();
+  MessagePtr message = inbox->Receive(waitNs, filter);
+  t_lastSender = message ? LastSender{message->header.sender, message->header.senderStamp} : LastSender{};
+  return message.release();
 }
 
 QIS_EXPORT TBoolean AaSysComIsHostAndMsgEndianSame(void* msg) {

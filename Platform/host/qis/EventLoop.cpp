@@ -29,12 +29,28 @@ bool EventLoop::Start() {
 }
 
 std::uint64_t EventLoop::Watch(int fd, std::shared_ptr<EventHandler> handler) {
+  return Add(fd, EPOLLIN | EPOLLRDHUP, std::move(handler));
+}
+
+std::uint64_t EventLoop::WatchOnce(int fd, std::shared_ptr<EventHandler> handler) {
+  return Add(fd, EPOLLONESHOT, std::move(handler));
+}
+
+void EventLoop::Arm(std::uint64_t key, int fd) {
+  const std::lock_guard lock(m_mutex);
+  epoll_event event{};
+  event.events = EPOLLIN | EPOLLONESHOT;
+  event.data.u64 = key;
+  ::epoll_ctl(m_epoll.Get(), EPOLL_CTL_MOD, fd, &event);
+}
+
+std::uint64_t EventLoop::Add(int fd, std::uint32_t events, std::shared_ptr<EventHandler> handler) {
   const std::lock_guard lock(m_mutex);
   if (!m_epoll && !Start()) {
     return 0;
   }
   epoll_event event{};
-  event.events = EPOLLIN | EPOLLRDHUP;
+  event.events = events;
   event.data.u64 = m_nextKey;
   m_handlers[m_nextKey] = std::move(handler);
   if (::epoll_ctl(m_epoll.Get(), EPOLL_CTL_ADD, fd, &event) != 0) {

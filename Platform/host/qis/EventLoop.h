@@ -27,12 +27,18 @@ class EventLoop {
   /// Watches a descriptor until Forget.
   /// @return key of the watch, never 0; 0 with errno set when it cannot be watched
   std::uint64_t Watch(int fd, std::shared_ptr<EventHandler> handler);
+  /// Watches a descriptor for one event after each call of Arm.
+  /// @return as Watch
+  std::uint64_t WatchOnce(int fd, std::shared_ptr<EventHandler> handler);
+  /// Lets the next event of a watch of WatchOnce be reported. It comes at once if the descriptor is ready.
+  void Arm(std::uint64_t key, int fd);
   /// Ends a watch; before the descriptor is closed. Key 0 is ignored.
   void Forget(std::uint64_t key, int fd);
 
  private:
   EventLoop() = default;
   static void* Run(void* loop);
+  std::uint64_t Add(int fd, std::uint32_t events, std::shared_ptr<EventHandler> handler);
   bool Start();
   void Dispatch();
 

@@ -1,96 +1,241 @@
+// Receiving: whose turn it is, and what is received. InboxWaits.cpp waits for it.
 #include "Inbox.h"
 
+#include <poll.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <cstdlib>
+#include <new>
 
 namespace hwapi::qis {
 namespace {
 
-/// Most messages that filters may leave behind.
-constexpr std::size_t kMostPostponed = 4096;
+/// Most messages that filters may leave behind, in all and of one channel.
+constexpr std::size_t kMaxPostponed = 4096;
+constexpr unsigned kMaxPostponedPerChannel = 256;
+/// How long senders are served before it is looked who else sends.
+constexpr std::int64_t kLookPeriodNs = 100'000;
+/// One byte more than a message, to notice what is too long.
+constexpr std::size_t kBufferSize = kMaxWireSize + 1;
 
-bool Matches(const Message& message, const u16* filter) {
-  return filter == nullptr || std::find(filter + 1, filter + 1 + *filter, message.header.id) != filter + 1 + *filter;
-}
+std::int64_t NowNs() { return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 /// The rest of a wait.
 class Deadline {
  public:
-  explicit Deadline(std::int64_t waitNs) : m_waitNs(waitNs), m_end(waitNs > 0 ? Now() + waitNs : 0) {}
-  std::int64_t Rest() const { return m_waitNs <= 0 ? m_waitNs : std::max<std::int64_t>(0, m_end - Now()); }
+  explicit Deadline(std::int64_t waitNs) : m_waitNs(waitNs), m_end(waitNs > 0 ? NowNs() + waitNs : 0) {}
+  std::int64_t Rest() const { return m_waitNs <= 0 ? m_waitNs : std::max<std::int64_t>(0, m_end - NowNs()); }
 
  private:
-  static std::int64_t Now() {
-    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-  }
-
   std::int64_t m_waitNs;
   std::int64_t m_end;
 };
 
+/// @return whether the sender shut its end down, rather than sent an empty datagram
+bool IsShutDown(int receiver) {
+  pollfd watched{.fd = receiver, .events = POLLRDHUP, .revents = 0};
+  return ::poll(&watched, 1, 0) > 0 && (watched.revents & (POLLRDHUP | POLLHUP)) != 0;
+}
+
 }  // namespace
 
+void Inbox::BufferDeleter::operator()(u8* buffer) const { std::free(buffer); }
+
+bool Inbox::AllocateBuffer() {
+  // From malloc: pages that no message ever reaches stay untouched.
+  m_buffer.reset(static_cast<u8*>(std::malloc(kBufferSize)));
+  return m_buffer != nullptr;
+}
+
 MessagePtr Inbox::Receive(std::int64_t waitNs, const u16* filter) {
+  ChargeServed();
   if (MessagePtr message = TakePostponed(filter)) {
     return message;
   }
   const Deadline deadline(waitNs);
+  m_ownIsPassedOver = false;
+  if (waitNs == 0) {
+    WaitForAllAgain();  // a look sees what anybody sent
+  }
+  MessagePtr message;
+  Wait end = Wait::Again;
   do {
-    std::size_t size = 0;
-    const Queue::Wait end = m_queue->Receive(deadline.Rest(), size);
-    if (end == Queue::Wait::Ended) {
-      break;
+    const u32 posts = m_own.Posts();
+    AddOwn(posts);
+    ChooseWait(waitNs);
+    if (m_alone != nullptr) {
+      end = ServeAlone(deadline.Rest(), posts, filter, message);
+    } else {
+      end = ServeAll(deadline.Rest(), posts, filter, message);
     }
-    MessagePtr message = end == Queue::Wait::Arrived ? TakeArrived(size) : nullptr;
-    if (!message) {
-      continue;
+  } while (!message && end == Wait::Again && m_registrations.HasTask(m_eu));
+  return message;
+}
+
+/// Whether one sender is waited for alone: as long as nobody else has anything to be served.
+void Inbox::ChooseWait(std::int64_t waitNs) {
+  if (m_alone != nullptr) {
+    if (m_othersSend || !m_order.IsEmpty()) {
+      WaitForAllAgain();
     }
-    if (Matches(*message, filter)) {
-      return message;
-    }
-    Postpone(std::move(message));
-  } while (m_registrations.HasTask(m_eu));
-  return nullptr;
+  } else if (waitNs != 0 && m_order.IsEmpty() && m_inARow >= m_rowNeeded) {
+    WaitForOneAlone();
+  }
+}
+
+/// What the last message's handler took is its sender's use of this execution unit.
+void Inbox::ChargeServed() {
+  if (m_served == nullptr) {
+    return;
+  }
+  const std::int64_t nowNs = NowNs();
+  m_order.Charge(*m_served, nowNs - m_servedAtNs);
+  m_served = nullptr;
+  m_lookIsDue = nowNs - m_lookedAtNs >= kLookPeriodNs;
+}
+
+void Inbox::AddOwn(u32 posts) {
+  if (!m_own.IsEmpty() && !(m_ownIsPassedOver && m_ownPassedOver == posts)) {
+    AddToOrder(m_ownTurn);
+  }
+}
+
+void Inbox::AddToOrder(Turn& turn) {
+  try {
+    m_order.Add(turn);
+  } catch (const std::bad_alloc&) {
+    // It is found again at the next look, when there may be memory.
+  }
 }
 
 MessagePtr Inbox::TakePostponed(const u16* filter) {
   for (auto place = m_postponed.begin(); place != m_postponed.end();) {
-    if (!Matches(**place, filter)) {
+    if (!Passes(*place->message, filter)) {
       ++place;
       continue;
     }
-    MessagePtr message = std::move(*place);
+    Postponed taken = std::move(*place);
     place = m_postponed.erase(place);
-    if (IsExpected(*message)) {
-      return message;
+    if (--taken.channel->postponed == 0 && taken.channel->muted) {
+      taken.channel->muted = !Listen(*taken.channel);
     }
+    if (!taken.channel->IsDiscarded()) {
+      return std::move(taken.message);
+    }
+    Count(EAaSysComCounter_Unexpected);
   }
   return nullptr;
 }
 
-MessagePtr Inbox::TakeArrived(std::size_t size) {
-  if (!IsMessage(m_queue->Buffer(), size)) {
+Inbox::Wait Inbox::ServeAll(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message) {
+  const bool nobodyWaits = m_order.IsEmpty();
+  if (nobodyWaits || m_lookIsDue) {
+    m_lookIsDue = false;
+    const Wait end = nobodyWaits ? WaitForAll(waitNs, posts) : Look();
+    m_lookedAtNs = NowNs();
+    if (end == Wait::Ended) {
+      return end;
+    }
+  }
+  Turn* const next = m_order.Take();
+  if (next != nullptr) {
+    message = next == &m_ownTurn ? ServeOwn(filter) : ServeChannel(*static_cast<Channel*>(next), filter);
+  }
+  if (message) {
+    m_served = next;
+    m_servedAtNs = NowNs();
+  }
+  return Wait::Again;
+}
+
+MessagePtr Inbox::ServeOwn(const u16* filter) {
+  const u32 posts = m_own.Posts();
+  MessagePtr message = m_own.Take(filter);
+  if (!message) {
+    m_ownIsPassedOver = true;
+    m_ownPassedOver = posts;
+    return nullptr;
+  }
+  m_inARow = 0;
+  if (m_registrations.Expects(m_eu, message->header.receiver, message->header.stamp)) {
+    return message;
+  }
+  Count(EAaSysComCounter_Unexpected);
+  return nullptr;
+}
+
+MessagePtr Inbox::ServeChannel(Channel& channel, const u16* filter) {
+  const ssize_t size = channel.Receive(m_buffer.get(), kBufferSize, false);
+  return size < 0 && (errno == EAGAIN || errno == EINTR) ? nullptr : Take(channel, size, filter);
+}
+
+Inbox::Wait Inbox::ServeAlone(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message) {
+  m_waiting = true;
+  if (m_own.Posts() != posts || m_othersSend) {
+    m_waiting = false;
+    return Wait::Again;
+  }
+  if (waitNs >= 0 && !IsReadableWithin(m_alone->Receiver(), waitNs)) {
+    m_waiting = false;
+    return Wait::Ended;
+  }
+  const ssize_t size = m_alone->Receive(m_buffer.get(), kBufferSize, waitNs < 0);
+  m_waiting = false;
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return errno == EAGAIN ? Wait::Again : Wait::Ended;
+  }
+  ++m_servedAlone;
+  message = Take(*m_alone, size, filter);
+  return Wait::Again;
+}
+
+/// @param size of the datagram in the buffer; 0 or negative when there is none and the channel may have ended
+/// @return the message; null when it is none, is not expected or does not pass the filter
+MessagePtr Inbox::Take(Channel& channel, ssize_t size, const u16* filter) {
+  if (size <= 0) {
+    if (size < 0 || channel.IsClosed() || IsShutDown(channel.Receiver())) {
+      Drop(channel);
+    } else {
+      Count(EAaSysComCounter_Malformed);
+    }
+    return nullptr;
+  }
+  if (Channel::IsWakeMark(m_buffer.get(), size)) {
+    return nullptr;
+  }
+  if (!IsMessage(m_buffer.get(), static_cast<std::size_t>(size))) {
     Count(EAaSysComCounter_Malformed);
     return nullptr;
   }
-  MessagePtr message = MessageFromWire(m_queue->Buffer());
-  return message && IsExpected(*message) ? std::move(message) : nullptr;
-}
-
-bool Inbox::IsExpected(const Message& message) {
-  const bool expected = m_registrations.Expects(m_eu, message.header.receiver, message.header.stamp);
-  if (!expected) {
-    Count(EAaSysComCounter_Unexpected);
+  MessagePtr message = MessageFromWire(m_buffer.get());
+  if (!message) {
+    m_losses.Lost(EAaSysComCounter_QueueFull, 1, "memory is short");
+    return nullptr;
   }
-  return expected;
+  if (channel.IsDiscarded() || !channel.Fits(*message)) {
+    Count(EAaSysComCounter_Unexpected);
+    return nullptr;
+  }
+  if (!Passes(*message, filter)) {
+    Postpone(std::move(message), channel);
+    return nullptr;
+  }
+  m_inARow = m_lastChannel == &channel ? m_inARow + 1 : 1;
+  m_lastChannel = &channel;
+  return message;
 }
 
-void Inbox::Postpone(MessagePtr message) {
-  if (m_postponed.size() >= kMostPostponed) {
+void Inbox::Postpone(MessagePtr message, Channel& channel) {
+  if (m_postponed.size() >= kMaxPostponed) {
     m_losses.Lost(EAaSysComCounter_QueueFull, 1, "too many messages wait behind a selective receive");
     return;
   }
-  m_postponed.push_back(std::move(message));
+  m_postponed.push_back({.message = std::move(message), .channel = Shared(channel)});
+  if (++channel.postponed >= kMaxPostponedPerChannel) {
+    Mute(channel);
+  }
 }
 
 }  // namespace hwapi::qis

@@ -1,12 +1,19 @@
 /// @file
-/// What an execution unit receives from: its queue, and the messages that a filter left behind.
+/// What an execution unit receives from: the messages of its own process, one channel per sender of other processes,
+/// and the messages that a filter left behind.
 #pragma once
 
-#include "Queue.h"
+#include "Channel.h"
+#include "ComLog.h"
+#include "EventLoop.h"
+#include "OwnMessages.h"
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <mutex>
+#include <vector>
 
 namespace hwapi::qis {
 
@@ -19,29 +26,100 @@ class Registrations {
   virtual bool HasTask(TAaProEuId eu) = 0;
 };
 
-/// Used by its execution unit only.
-class Inbox {
+/// Serves its senders in FairOrder. It waits for all of them at once; but as long as one sender is the only one that
+/// sends, it waits for that one alone, which spares a system call per message. The platform's thread for connections
+/// then watches the others, and ends that wait when one of them sends.
+class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
  public:
-  Inbox(TAaProEuId eu, std::shared_ptr<Queue> queue, Registrations& registrations)
-      : m_eu(eu), m_queue(std::move(queue)), m_registrations(registrations), m_losses(0) {}
+  /// @param registrations outlives the inbox
+  /// @return null with errno set
+  static std::shared_ptr<Inbox> Create(TAaProEuId eu, Registrations& registrations);
 
-  const std::shared_ptr<Queue>& GetQueue() const { return m_queue; }
+  /// @name From every thread
+  ///@{
+  /// As OwnMessages::Post; wakes the receiver.
+  bool Post(MessagePtr message, WhenFull whenFull);
+  /// @return a new channel, which is received from until it is closed; null with errno set
+  std::shared_ptr<Channel> AddChannel(TAaSysComSicad task, u32 stamp);
+  /// Ends a wait in Receive, which then looks whether the execution unit still has a task.
+  void Wake();
+  /// The execution unit has ended and receives no more.
+  void Retire();
+  void OnReady(std::uint64_t key) override;
+  ///@}
 
-  /// As AaSysComMsgReceive, for an execution unit that has a task.
+  /// As AaSysComMsgReceive, for an execution unit that has a task. Called by that one only.
   /// @param waitNs in real nanoseconds; negative: for ever
   MessagePtr Receive(std::int64_t waitNs, const u16* filter);
 
  private:
-  MessagePtr TakePostponed(const u16* filter);
-  MessagePtr TakeArrived(std::size_t size);
-  bool IsExpected(const Message& message);
-  void Postpone(MessagePtr message);
+  /// How a wait ended.
+  enum class Wait { Again, Ended };
+  /// A message of another process that a filter left behind.
+  struct Postponed {
+    MessagePtr message;
+    std::shared_ptr<Channel> channel;
+  };
+  struct BufferDeleter {
+    void operator()(u8* buffer) const;
+  };
 
-  TAaProEuId m_eu;
-  std::shared_ptr<Queue> m_queue;
+  Inbox(TAaProEuId eu, Registrations& registrations) : m_eu(eu), m_registrations(registrations), m_losses(0) {}
+  bool AllocateBuffer();
+  bool Open();
+
+  // Of the execution unit, all of them.
+  void ChooseWait(std::int64_t waitNs);
+  void ChargeServed();
+  void AddOwn(u32 posts);
+  void AddToOrder(Turn& turn);
+  MessagePtr TakePostponed(const u16* filter);
+  Wait ServeAll(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message);
+  Wait ServeAlone(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message);
+  MessagePtr ServeOwn(const u16* filter);
+  MessagePtr ServeChannel(Channel& channel, const u16* filter);
+  MessagePtr Take(Channel& channel, ssize_t size, const u16* filter);
+  void Postpone(MessagePtr message, Channel& channel);
+
+  bool Listen(Channel& channel);
+  void Mute(Channel& channel);
+  void Drop(Channel& channel);
+  std::shared_ptr<Channel> Shared(const Channel& channel);
+  Wait Look();
+  int TakeEvents(int timeoutMs);
+  Wait WaitForAll(std::int64_t waitNs, u32 posts);
+  void WaitForOneAlone();
+  void WaitForAllAgain();
+  static bool IsReadableWithin(int fd, std::int64_t waitNs);
+
+  const TAaProEuId m_eu;
   Registrations& m_registrations;
-  std::deque<MessagePtr> m_postponed;
+  OwnMessages m_own;
+  Fd m_epoll;  ///< every channel that is listened to, and m_wake
+  Fd m_wake;   ///< an eventfd
+  std::atomic<bool> m_waiting{false};
+  std::atomic<bool> m_othersSend{false};  ///< while one is waited for alone
+
+  std::mutex m_mutex;
+  std::vector<std::shared_ptr<Channel>> m_channels;  ///< under the mutex
+  Channel* m_alone = nullptr;  ///< the one waited for alone; changed under the mutex, read by this thread without
+  std::uint64_t m_othersKey = 0;
+
+  std::unique_ptr<u8, BufferDeleter> m_buffer;
+  std::deque<Postponed> m_postponed;
   LossLog m_losses;
+  FairOrder m_order;
+  Turn m_ownTurn;
+  u32 m_ownPassedOver = 0;  ///< posts at the time when no own message passed the filter
+  bool m_ownIsPassedOver = false;
+  Turn* m_served = nullptr;  ///< whose message is being handled
+  std::int64_t m_servedAtNs = 0;
+  std::int64_t m_lookedAtNs = 0;  ///< when it was last looked who sends
+  bool m_lookIsDue = false;
+  Channel* m_lastChannel = nullptr;
+  unsigned m_inARow = 0;  ///< messages of m_lastChannel without one of anybody else
+  unsigned m_rowNeeded = 0;
+  unsigned m_servedAlone = 0;
 };
 
 }  // namespace hwapi::qis

@@ -1,19 +1,40 @@
 #include "Message.h"
 
-#include <cstdlib>
+#include "MessagePool.h"
+
 #include <cstring>
 
 namespace hwapi::qis {
+namespace {
 
-void MessageDeleter::operator()(Message* message) const { std::free(message); }
+/// @return a message whose slack is zero, header and payload undefined; null when memory is short
+MessagePtr Allocate(u32 payloadSize) {
+  MessagePtr message(static_cast<Message*>(AllocateBlock(sizeof(Message) + payloadSize + kSlack)));
+  if (message) {
+    std::memset(message->Payload() + payloadSize, 0, kSlack);
+  }
+  return message;
+}
+
+}  // namespace
+
+void MessageDeleter::operator()(Message* message) const { FreeBlock(message); }
 
 MessagePtr CreateMessage(u32 id, u32 size, TAaSysComSicad receiver) {
   if (size > AASYSCOM_MAX_PAYLOAD) {
     return nullptr;
   }
-  MessagePtr message(static_cast<Message*>(std::calloc(1, sizeof(Message) + size + kSlack)));
+  MessagePtr message = Allocate(size);
   if (message) {
-    message->header = {.order = kHostOrderMark, .id = id, .sender = 0, .receiver = receiver, .size = size, .stamp = 0};
+    message->header = {.order = kHostOrderMark,
+                       .id = id,
+                       .sender = 0,
+                       .receiver = receiver,
+                       .size = size,
+                       .stamp = 0,
+                       .senderStamp = 0,
+                       .unused = 0};
+    std::memset(message->Payload(), 0, size);
   }
   return message;
 }
@@ -30,13 +51,13 @@ bool IsMessage(const void* bytes, std::size_t size) {
 MessagePtr MessageFromWire(const void* bytes) {
   WireHeader header;
   std::memcpy(&header, bytes, sizeof header);
-  const std::size_t wireSize = sizeof header + header.size;
-  MessagePtr message(static_cast<Message*>(std::malloc(wireSize + kSlack)));
+  MessagePtr message = Allocate(header.size);
   if (message) {
-    std::memcpy(static_cast<void*>(message.get()), bytes, wireSize);
-    std::memset(message->Payload() + header.size, 0, kSlack);
+    std::memcpy(static_cast<void*>(message.get()), bytes, sizeof header + header.size);
   }
   return message;
 }
+
+MessagePtr CopyMessage(const Message& message) { return MessageFromWire(&message); }
 
 }  // namespace hwapi::qis

@@ -16,15 +16,20 @@ inline constexpr u32 kOtherOrderMark = 0x014D5748;
 inline constexpr std::size_t kSlack = 64;
 
 /// The header, in host byte order: the wire does not leave the board.
+///
+/// Each registration of a task has a stamp of its own (Tasks.h). An answer carries the stamp of the registration that
+/// asked: the task's number may have another owner by the time it arrives.
 struct WireHeader {
-  u32 order;     ///< kHostOrderMark or kOtherOrderMark: byte order of the payload
-  u32 id;        ///< message id
-  u32 sender;    ///< address of the sender, 0 for none
-  u32 receiver;  ///< address of the receiver
-  u32 size;      ///< payload bytes
-  u32 stamp;     ///< the receiver's registration, as in Tasks.h
+  u32 order;        ///< kHostOrderMark or kOtherOrderMark: byte order of the payload
+  u32 id;           ///< message id
+  u32 sender;       ///< address of the sender, 0 for none
+  u32 receiver;     ///< address of the receiver
+  u32 size;         ///< payload bytes
+  u32 stamp;        ///< registration that the message is for; 0: whoever serves the receiver's address
+  u32 senderStamp;  ///< registration of the sender; 0 when it is not known
+  u32 unused;       ///< 0; keeps the payload aligned
 };
-static_assert(sizeof(WireHeader) == 24 && sizeof(WireHeader) % 8 == 0, "the payload is aligned for every record");
+static_assert(sizeof(WireHeader) == 32 && sizeof(WireHeader) % 8 == 0, "the payload is aligned for every record");
 
 /// Largest message on the wire.
 inline constexpr std::size_t kMaxWireSize = sizeof(WireHeader) + AASYSCOM_MAX_PAYLOAD;
@@ -38,6 +43,7 @@ struct Message {
 };
 static_assert(sizeof(Message) == sizeof(WireHeader));
 
+/// Gives a message's memory back to the pool that small messages come from (MessagePool.h).
 struct MessageDeleter {
   void operator()(Message* message) const;
 };
@@ -49,9 +55,16 @@ MessagePtr CreateMessage(u32 id, u32 size, TAaSysComSicad receiver);
 bool IsMessage(const void* bytes, std::size_t size);
 /// @return the message of bytes for which IsMessage is true; null when memory is short
 MessagePtr MessageFromWire(const void* bytes);
+/// @return a copy; null when memory is short
+MessagePtr CopyMessage(const Message& message);
 
-/// Sends a message to the task named in its header, as AaSysComMsgSend does; the message stays the caller's. Its
-/// stamp is changed.
-void Deliver(Message& message);
+/// What becomes of a message that finds the room of its receiver in this process full.
+enum class WhenFull {
+  Drop,  ///< it is dropped and counted
+  Keep,  ///< it is kept all the same: an expired timer is not lost
+};
+
+/// Sends a message to the task named in its header, as AaSysComMsgSend does.
+void Deliver(MessagePtr message, WhenFull whenFull);
 
 }  // namespace hwapi::qis

@@ -23,7 +23,15 @@ bool Route::IsConnected() {
   return bool(m_connection);
 }
 
-void Route::Send(Message& message) {
+bool Route::EndIfIdle() {
+  const std::lock_guard lock(m_mutex);
+  if (m_sent == m_acknowledged.handled) {
+    Disconnect();
+  }
+  return !m_connection;
+}
+
+void Route::Send(const Message& message) {
   constexpr int kAttempts = 2;  // a receiver that died may have a successor
   const std::lock_guard lock(m_mutex);
   int error = 0;
@@ -49,10 +57,9 @@ void Route::Send(Message& message) {
   m_losses.Lost(EAaSysComCounter_NoReceiver, 1, nobody ? kNobody : std::strerror(error));
 }
 
-int Route::TrySend(Message& message) {
+int Route::TrySend(const Message& message) {
   if (m_direct) {
-    message.header.stamp = m_receipt.stamp;
-    return SendNow(m_queue.Get(), &message, message.WireSize());
+    return SendNow(m_channel.Get(), &message, message.WireSize());
   }
   const int error = SendNow(m_connection.Get(), &message, message.WireSize());
   if (error == 0) {
@@ -80,10 +87,10 @@ void Route::Disconnect() {
   }
   m_key = 0;
   m_connection.Reset();
-  m_queue.Reset();
+  m_channel.Reset();
   m_direct = false;
   m_sent = 0;
-  m_receipt = {};
+  m_acknowledged = {};
 }
 
 void Route::OnReady(std::uint64_t key) {
@@ -91,46 +98,46 @@ void Route::OnReady(std::uint64_t key) {
   if (key != m_key) {
     return;
   }
-  while (TakeReceipt()) {
+  while (TakeAcknowledgement()) {
   }
 }
 
 /// @return whether there may be more
-bool Route::TakeReceipt() {
-  Receipt receipt{};
-  Fd queue;
-  const ssize_t size = ReceiveWithFd(m_connection.Get(), &receipt, sizeof receipt, queue);
+bool Route::TakeAcknowledgement() {
+  Acknowledgement acknowledged{};
+  Fd channel;
+  const ssize_t size = ReceiveWithFd(m_connection.Get(), &acknowledged, sizeof acknowledged, channel);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
     return false;
   }
   if (size < 0 && errno == ECONNRESET) {
-    return true;  // it ended with messages unread; the receipts of the others are still there
+    return true;  // it ended with messages unread; the acknowledgements of the others are still there
   }
-  if (size != sizeof receipt) {
+  if (size != sizeof acknowledged) {
     ReceiverGone();
     return false;
   }
-  if (queue) {
-    m_queue = std::move(queue);
+  if (channel) {
+    m_channel = std::move(channel);
   }
-  Apply(receipt);
+  Apply(acknowledged);
   return true;
 }
 
-void Route::Apply(const Receipt& receipt) {
-  if (const u32 full = receipt.full - m_receipt.full; full != 0) {
+void Route::Apply(const Acknowledgement& acknowledged) {
+  if (const u32 full = acknowledged.full - m_acknowledged.full; full != 0) {
     m_losses.Lost(EAaSysComCounter_QueueFull, full, kQueueFull);
-  } else if (receipt.refused != m_receipt.refused) {
-    m_losses.Lost(EAaSysComCounter_NoReceiver, receipt.refused - m_receipt.refused, kRefused);
-  } else if (receipt.handled != m_receipt.handled) {
+  } else if (acknowledged.refused != m_acknowledged.refused) {
+    m_losses.Lost(EAaSysComCounter_NoReceiver, acknowledged.refused - m_acknowledged.refused, kRefused);
+  } else if (acknowledged.handled != m_acknowledged.handled) {
     m_losses.Delivered();
   }
-  m_receipt = receipt;
-  m_direct = m_queue && m_receipt.handled == m_sent;
+  m_acknowledged = acknowledged;
+  m_direct = m_channel && m_acknowledged.handled == m_sent;
 }
 
 void Route::ReceiverGone() {
-  if (const u32 unread = m_sent - m_receipt.handled; unread != 0) {
+  if (const u32 unread = m_sent - m_acknowledged.handled; unread != 0) {
     m_losses.Lost(EAaSysComCounter_NoReceiver, unread, kGone);
   }
   Disconnect();

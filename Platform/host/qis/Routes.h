@@ -4,12 +4,15 @@
 
 #include "Route.h"
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
 
 namespace hwapi::qis {
 
+/// Routes are kept for their connections and for what they know of losses. When there are many, those that were used
+/// longest ago are dropped; one that is needed again is made again.
 class Routes {
  public:
   static Routes& Own();
@@ -17,10 +20,16 @@ class Routes {
   std::shared_ptr<Route> To(TAaSysComSicad receiver);
 
  private:
-  void DropIdle();
+  struct Kept {
+    std::shared_ptr<Route> route;
+    std::uint64_t lastUse = 0;
+  };
+
+  void DropOldest();
 
   std::mutex m_mutex;
-  std::unordered_map<TAaSysComSicad, std::shared_ptr<Route>> m_routes;
+  std::unordered_map<TAaSysComSicad, Kept> m_routes;
+  std::uint64_t m_uses = 0;
 };
 
 }  // namespace hwapi::qis

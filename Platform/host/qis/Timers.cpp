@@ -105,15 +105,17 @@ void Timers::Serve() {
 }
 
 /// Serves the earliest timer. Sends with the lock held, so that nothing is sent once a delete has returned; a send
-/// never blocks.
+/// never blocks. Its message is kept however full the receiver's queue is. Where memory does not suffice for the copy,
+/// a periodic timer leaves this expiry out.
 void Timers::Expire(std::int64_t nowUs) {
-  const auto earliest = m_timers.begin();
-  Deliver(*earliest->second.message);
-  if (earliest->second.periodUs == 0) {
-    m_timers.erase(earliest);
+  auto timer = m_timers.extract(m_timers.begin());
+  if (timer.mapped().periodUs == 0) {
+    Deliver(std::move(timer.mapped().message), WhenFull::Keep);
     return;
   }
-  auto timer = m_timers.extract(earliest);
+  if (MessagePtr copy = CopyMessage(*timer.mapped().message)) {
+    Deliver(std::move(copy), WhenFull::Keep);
+  }
   timer.key().dueUs = NextExpiry(timer.key().dueUs, timer.mapped().periodUs, nowUs);
   m_timers.insert(std::move(timer));
 }

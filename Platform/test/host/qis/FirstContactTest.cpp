@@ -1,6 +1,6 @@
-// First contact of a sender: who may send, what is no message, when the queue is passed.
+// First contact of a sender: who may send, what is not a message, when the channel is passed.
+#include "Acceptor.h"
 #include "Access.h"
-#include "Doorway.h"
 #include "Support.h"
 
 #include <gtest/gtest.h>
@@ -9,9 +9,12 @@
 #include <sys/un.h>
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace hwapi::test {
 namespace {
@@ -79,21 +82,28 @@ TEST(Access, UnknownNamesAreToldAndAllowNobody) {
   EXPECT_EQ(Occurrences(output.Text(), "\"group:no-such-group\""), 1u);
 }
 
-/// A sender's end of a connection to a doorway, with credentials made up.
+/// An execution unit that serves the address 0 under registration 1, and no task that could be given back.
+class OneTask : public qis::Registrations {
+ public:
+  bool Expects(TAaProEuId, TAaSysComSicad receiver, u32 stamp) override { return receiver == 0 && stamp == 1; }
+  bool HasTask(TAaProEuId) override { return true; }
+};
+
+/// A sender's end of a connection to an acceptor, with credentials made up.
 class FirstContact : public ::testing::Test {
  protected:
   void Admit(uid_t user) {
     int ends[2];
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
-    m_sender.Reset(ends[0]);
-    m_doorway->Admit(Fd(ends[1]), {.pid = 4711, .uid = user, .groups = {user}});
+    m_earlier.push_back(std::exchange(m_sender, Fd(ends[0])));
+    m_acceptor->Admit(Fd(ends[1]), {.pid = 4711, .uid = user, .groups = {user}});
   }
   void Send(const void* bytes, std::size_t size) {
     ASSERT_EQ(::send(m_sender.Get(), bytes, size, 0), static_cast<ssize_t>(size));
   }
-  /// Waits for the receipt of @p count messages. @return it, and whether a descriptor came with any receipt
-  std::pair<qis::Receipt, bool> ReceiptOf(u32 count) {
-    std::pair<qis::Receipt, bool> result{};
+  /// Waits until @p count messages are acknowledged. @return that, and whether a descriptor came with any of it
+  std::pair<qis::Acknowledgement, bool> AcknowledgementOf(u32 count) {
+    std::pair<qis::Acknowledgement, bool> result{};
     const auto isThere = [&] {
       iovec part{.iov_base = &result.first, .iov_len = sizeof result.first};
       alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(int))> control{};
@@ -113,79 +123,167 @@ class FirstContact : public ::testing::Test {
     EXPECT_TRUE(Eventually(isThere));
     return result;
   }
-  void TearDown() override { m_doorway->Close(); }
+  /// Contacts the acceptor as a user that may send, until the channel was passed.
+  void GetChannel() {
+    Admit(::geteuid());
+    Send(&m_message, sizeof m_message);
+    AcknowledgementOf(1);
+    ASSERT_TRUE(m_passed);
+    ASSERT_TRUE(Receives());
+  }
+  /// @return whether a message is there
+  bool Receives() { return m_inbox->Receive(0, nullptr) != nullptr; }
+  void TearDown() override { m_acceptor->Close(); }
 
   const Board m_board{"[access]\nsend = []\n"};
-  std::shared_ptr<qis::Queue> m_queue = qis::Queue::Create();
-  std::shared_ptr<qis::Doorway> m_doorway = std::make_shared<qis::Doorway>(-1, m_queue, 1);
+  OneTask m_task;
+  std::shared_ptr<qis::Inbox> m_inbox = qis::Inbox::Create(1, m_task);
+  std::shared_ptr<qis::Acceptor> m_acceptor = std::make_shared<qis::Acceptor>(-1, m_inbox, 0, 1);
   Fd m_sender;
+  std::vector<Fd> m_earlier;  ///< ends of the senders before, which are still connected
   Fd m_passed;
-  const qis::WireHeader m_message{
-      .order = qis::kHostOrderMark, .id = 5, .sender = 0, .receiver = 0, .size = 0, .stamp = 0};
+  const qis::WireHeader m_message{.order = qis::kHostOrderMark,
+                                  .id = 5,
+                                  .sender = 0,
+                                  .receiver = 0,
+                                  .size = 0,
+                                  .stamp = 0,
+                                  .senderStamp = 0,
+                                  .unused = 0};
 };
 
-TEST_F(FirstContact, PassesTheQueueToASenderThatIsAllowed) {
+TEST_F(FirstContact, PassesAChannelToASenderThatIsAllowed) {
   Admit(::geteuid());
   Send(&m_message, sizeof m_message);
-  const auto [receipt, passed] = ReceiptOf(1);
+  const auto [acknowledged, passed] = AcknowledgementOf(1);
   EXPECT_TRUE(passed);
-  EXPECT_EQ(receipt.refused, 0u);
-  std::size_t size = 0;
-  EXPECT_EQ(m_queue->Receive(0, size), qis::Queue::Wait::Arrived);
+  EXPECT_EQ(acknowledged.refused, 0u);
+  EXPECT_TRUE(Receives());
 }
 
-TEST_F(FirstContact, PassesNeitherQueueNorMessagesOfASenderThatIsRefused) {
+TEST_F(FirstContact, PassesNeitherChannelNorMessagesOfASenderThatIsRefused) {
   Admit(54321);
   Send(&m_message, sizeof m_message);
-  const auto [receipt, passed] = ReceiptOf(1);
+  const auto [acknowledged, passed] = AcknowledgementOf(1);
   EXPECT_FALSE(passed);
-  EXPECT_EQ(receipt.refused, 1u);
-  std::size_t size = 0;
-  EXPECT_EQ(m_queue->Receive(0, size), qis::Queue::Wait::Ended);
+  EXPECT_EQ(acknowledged.refused, 1u);
+  EXPECT_FALSE(Receives());
 }
 
-TEST_F(FirstContact, CountsEveryRefusedMessageAndTellsTheSenderOnce) {
+TEST_F(FirstContact, CountsEveryRefusedMessageAndReportsTheSenderOnce) {
   const ErrorOutput output;
   Admit(54321);
   for (int i = 0; i < 5; ++i) {
     Send(&m_message, sizeof m_message);
   }
-  ReceiptOf(5);
+  AcknowledgementOf(5);
   EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Refused), 5u);
   EXPECT_EQ(Occurrences(output.Text(), "process 4711 of user 54321"), 1u);
 }
 
-TEST_F(FirstContact, CountsWhatIsNoMessage) {
+TEST_F(FirstContact, StopsListeningToASenderThatGoesOnThoughItIsRefused) {
+  Admit(54321);
+  u32 sent = 0;
+  EXPECT_TRUE(Eventually([&] {
+    while (::send(m_sender.Get(), &m_message, sizeof m_message, MSG_DONTWAIT) > 0) ++sent;
+    return sent > AaSysComCounterGet(EAaSysComCounter_Refused) + 100 &&
+           AaSysComCounterGet(EAaSysComCounter_Refused) > 999;
+  }));
+}
+
+TEST_F(FirstContact, CountsWhatIsNotAMessage) {
   Admit(::geteuid());
   Send("garbage", 7);
   qis::WireHeader lying = m_message;
   lying.size = 1000;
   Send(&lying, sizeof lying);
-  ReceiptOf(2);
+  AcknowledgementOf(2);
   EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Malformed), 2u);
 }
 
-TEST_F(FirstContact, LetsAPassedQueueSendDirectly) {
-  Admit(::geteuid());
-  Send(&m_message, sizeof m_message);
-  ReceiptOf(1);
-  ASSERT_TRUE(m_passed);
+TEST_F(FirstContact, LetsAPassedChannelSendDirectly) {
+  GetChannel();
   ASSERT_EQ(qis::SendNow(m_passed.Get(), &m_message, sizeof m_message), 0);
-  std::size_t size = 0;
-  EXPECT_EQ(m_queue->Receive(0, size), qis::Queue::Wait::Arrived);
-  EXPECT_EQ(m_queue->Receive(0, size), qis::Queue::Wait::Arrived);
+  EXPECT_TRUE(Receives());
 }
 
-TEST(Queue, IsMadeAnewWhenASenderShutsItDown) {
-  const Board board;
-  const auto queue = qis::Queue::Create();
-  ASSERT_EQ(::shutdown(queue->Sender(), SHUT_RDWR), 0);
-  std::size_t size = 0;
-  EXPECT_EQ(queue->Receive(0, size), qis::Queue::Wait::Again);
-  const qis::WireHeader message{
-      .order = qis::kHostOrderMark, .id = 5, .sender = 0, .receiver = 0, .size = 0, .stamp = 0};
-  EXPECT_EQ(qis::SendNow(queue->Sender(), &message, sizeof message), 0);
-  EXPECT_EQ(queue->Receive(0, size), qis::Queue::Wait::Arrived);
+TEST_F(FirstContact, CountsWhatIsNotAMessageInTheChannel) {
+  GetChannel();
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), "garbage", 7), 0);
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), "", 0), 0);
+  EXPECT_FALSE(Receives());
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Malformed), 2u);
+}
+
+TEST_F(FirstContact, TakesAMessageOfTheLargestSizeAndNoneThatIsAByteLonger) {
+  GetChannel();
+  std::vector<u8> bytes(qis::kMaxWireSize + 1);
+  qis::WireHeader header = m_message;
+  header.size = AASYSCOM_MAX_PAYLOAD;
+  std::memcpy(bytes.data(), &header, sizeof header);
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), bytes.data(), bytes.size() - 1), 0);
+  EXPECT_TRUE(Receives());
+  ++header.size;
+  std::memcpy(bytes.data(), &header, sizeof header);
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), bytes.data(), bytes.size()), 0);
+  EXPECT_FALSE(Receives());
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Malformed), 1u);
+}
+
+TEST_F(FirstContact, DropsAMessageForATaskThatTheChannelIsNotFor) {
+  GetChannel();
+  qis::WireHeader message = m_message;
+  message.receiver = 7;
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), &message, sizeof message), 0);
+  EXPECT_FALSE(Receives());
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Unexpected), 1u);
+}
+
+TEST_F(FirstContact, DropsAnAnswerToARegistrationThatEnded) {
+  GetChannel();
+  qis::WireHeader message = m_message;
+  message.stamp = 77;
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), &message, sizeof message), 0);
+  EXPECT_FALSE(Receives());
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Unexpected), 1u);
+}
+
+TEST_F(FirstContact, AChannelThatItsSenderShutsDownIsNoChannelOfOthers) {
+  GetChannel();
+  const Fd first = std::move(m_passed);
+  GetChannel();
+  ASSERT_EQ(::shutdown(first.Get(), SHUT_RDWR), 0);
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), &m_message, sizeof m_message), 0);
+  EXPECT_TRUE(Receives());
+  EXPECT_FALSE(Receives());
+}
+
+TEST_F(FirstContact, AChannelThatItsSenderShrinksIsNotSmallerForOthers) {
+  GetChannel();
+  const Fd first = std::move(m_passed);
+  GetChannel();
+  const int smallest = 1;
+  ASSERT_EQ(::setsockopt(first.Get(), SOL_SOCKET, SO_SNDBUF, &smallest, sizeof smallest), 0);
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_EQ(qis::SendNow(m_passed.Get(), &m_message, sizeof m_message), 0);
+  }
+}
+
+TEST_F(FirstContact, WhatASenderSentBeforeItEndedIsReceived) {
+  GetChannel();
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), &m_message, sizeof m_message), 0);
+  m_passed.Reset();
+  m_sender.Reset();
+  EXPECT_TRUE(Eventually([this] { return Receives(); }));
+}
+
+TEST_F(FirstContact, NothingIsReceivedOnceTheTaskIsGivenBack) {
+  GetChannel();
+  ASSERT_EQ(qis::SendNow(m_passed.Get(), &m_message, sizeof m_message), 0);
+  m_acceptor->Close();
+  EXPECT_EQ(qis::SendNow(m_passed.Get(), &m_message, sizeof m_message), EPIPE);
+  EXPECT_FALSE(Receives());
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Unexpected), 1u);
 }
 
 }  // namespace

@@ -1,0 +1,270 @@
+// What an execution unit receives, and from whom first.
+#include "Inbox.h"
+
+#include "Support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace hwapi::test {
+namespace {
+
+using qis::Channel;
+using qis::Inbox;
+using qis::MessagePtr;
+using qis::WhenFull;
+
+constexpr TAaSysComSicad kTask = 0x010204AD;
+constexpr u32 kStamp = 7;
+constexpr std::int64_t kForEver = -1;
+
+/// An execution unit with one task.
+class OneTask : public qis::Registrations {
+ public:
+  bool Expects(TAaProEuId, TAaSysComSicad receiver, u32 stamp) override { return receiver == kTask && stamp == kStamp; }
+  bool HasTask(TAaProEuId) override { return hasTask; }
+
+  std::atomic<bool> hasTask{true};
+};
+
+MessagePtr NewMessage(u32 id, u32 size = 0) {
+  MessagePtr message = qis::CreateMessage(id, size, kTask);
+  message->header.stamp = kStamp;
+  return message;
+}
+
+class InboxTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<Channel> NewSender() { return m_inbox->AddChannel(kTask, kStamp); }
+  static int Send(Channel& sender, u32 id) {
+    const MessagePtr message = NewMessage(id);
+    return sender.Forward(message.get(), message->WireSize());
+  }
+  void SendAll(Channel& sender, const std::vector<u32>& ids) {
+    for (const u32 id : ids) ASSERT_EQ(Send(sender, id), 0);
+  }
+  bool PostOwn(u32 id, WhenFull whenFull = WhenFull::Drop) { return m_inbox->Post(NewMessage(id), whenFull); }
+  /// @return id of the next message; 0 when none came
+  u32 Receive(std::int64_t waitNs = kForEver, const u16* filter = nullptr) {
+    const MessagePtr message = m_inbox->Receive(waitNs, filter);
+    return message ? message->header.id : 0;
+  }
+  std::vector<u32> ReceiveAll() {
+    std::vector<u32> ids;
+    while (const u32 id = Receive(0)) ids.push_back(id);
+    return ids;
+  }
+  /// Makes @p sender the one that is waited for alone.
+  void LetBeAlone(Channel& sender) {
+    for (u32 i = 0; i < 20; ++i) {
+      ASSERT_EQ(Send(sender, 1), 0);
+      ASSERT_EQ(Receive(), 1u);
+    }
+  }
+
+  const Board m_board;
+  OneTask m_task;
+  std::shared_ptr<Inbox> m_inbox = Inbox::Create(1, m_task);
+};
+
+TEST_F(InboxTest, KeepsTheOrderOfEachSender) {
+  const auto sender = NewSender();
+  SendAll(*sender, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+  EXPECT_EQ(ReceiveAll(), (std::vector<u32>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+}
+
+TEST_F(InboxTest, ServesSendersAsTheyCameAsLongAsNobodyFloods) {
+  const auto first = NewSender();
+  const auto second = NewSender();
+  const auto third = NewSender();
+  SendAll(*second, {2});
+  SendAll(*first, {1});
+  SendAll(*third, {3});
+  EXPECT_EQ(ReceiveAll(), (std::vector<u32>{2, 1, 3}));
+}
+
+TEST_F(InboxTest, ServesAnHonestSenderNextInAFlood) {
+  const auto flood = NewSender();
+  const auto honest = NewSender();
+  while (Send(*flood, 1) == 0) {
+  }
+  for (int i = 0; i < 5; ++i) ASSERT_EQ(Receive(), 1u);
+  SendAll(*honest, {2});
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, ServesItsOwnMessagesNextInAFlood) {
+  const auto flood = NewSender();
+  while (Send(*flood, 1) == 0) {
+  }
+  for (int i = 0; i < 5; ++i) ASSERT_EQ(Receive(), 1u);
+  ASSERT_TRUE(PostOwn(2));
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, OwnMessagesDoNotKeepOthersFromBeingServed) {
+  const auto sender = NewSender();
+  for (int i = 0; i < 50; ++i) ASSERT_TRUE(PostOwn(1));
+  SendAll(*sender, {2});
+  u32 before = 0;
+  while (Receive() != 2u) ++before;
+  EXPECT_LE(before, 2u);
+}
+
+TEST_F(InboxTest, AFloodTakesNoRoomOfOthers) {
+  const auto flood = NewSender();
+  const auto honest = NewSender();
+  while (Send(*flood, 1) == 0) {
+  }
+  EXPECT_EQ(Send(*flood, 1), EAGAIN);
+  EXPECT_EQ(Send(*honest, 2), 0);
+  EXPECT_TRUE(PostOwn(3));
+}
+
+TEST_F(InboxTest, AChannelHoldsABoundedNumberOfMessages) {
+  const auto sender = NewSender();
+  u32 sent = 0;
+  while (Send(*sender, 1) == 0) ++sent;
+  EXPECT_GE(sent, 250u);
+  EXPECT_LE(sent, 400u);
+}
+
+TEST_F(InboxTest, KeepsATimersMessageHoweverFullItsRoomIs) {
+  while (PostOwn(1)) {
+  }
+  EXPECT_TRUE(PostOwn(2, WhenFull::Keep));
+  EXPECT_EQ(ReceiveAll().back(), 2u);
+}
+
+TEST_F(InboxTest, HasRoomAgainForEachOwnMessageThatWasReceived) {
+  while (PostOwn(1)) {
+  }
+  ASSERT_EQ(Receive(), 1u);
+  EXPECT_TRUE(PostOwn(1));
+  EXPECT_FALSE(PostOwn(1));
+}
+
+TEST_F(InboxTest, WaitsForOneSenderAndIsWokenByAnother) {
+  const auto alone = NewSender();
+  const auto other = NewSender();
+  LetBeAlone(*alone);
+  const std::jthread sender([&] { EXPECT_EQ(Send(*other, 2), 0); });
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, WaitsForOneSenderAndIsWokenByANewOne) {
+  const auto alone = NewSender();
+  LetBeAlone(*alone);
+  const std::jthread sender([&] {
+    const auto newcomer = NewSender();
+    EXPECT_EQ(Send(*newcomer, 2), 0);
+  });
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, WaitsForOneSenderAndIsWokenByAnOwnMessage) {
+  const auto alone = NewSender();
+  LetBeAlone(*alone);
+  const std::jthread poster([&] { EXPECT_TRUE(PostOwn(2)); });
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, WaitsForAllAgainWhenTheOneSenderIsGone) {
+  const auto alone = NewSender();
+  const auto other = NewSender();
+  LetBeAlone(*alone);
+  const std::jthread sender([&] {
+    alone->Close();
+    EXPECT_EQ(Send(*other, 2), 0);
+  });
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, ALookSeesOtherSendersWhileOneIsWaitedForAlone) {
+  const auto alone = NewSender();
+  const auto other = NewSender();
+  LetBeAlone(*alone);
+  SendAll(*other, {2});
+  EXPECT_EQ(Receive(0), 2u);
+}
+
+TEST_F(InboxTest, ATimedWaitForOneSenderAloneIsWokenByAnother) {
+  const auto alone = NewSender();
+  const auto other = NewSender();
+  LetBeAlone(*alone);
+  const std::jthread sender([&] { EXPECT_EQ(Send(*other, 2), 0); });
+  EXPECT_EQ(Receive(20'000'000'000), 2u);
+}
+
+TEST_F(InboxTest, EndsAWaitForOneSenderWhenThereIsNoTaskAnyMore) {
+  const auto alone = NewSender();
+  LetBeAlone(*alone);
+  const std::jthread deregistration([&] {
+    m_task.hasTask = false;
+    m_inbox->Wake();
+  });
+  EXPECT_EQ(Receive(), 0u);
+}
+
+TEST_F(InboxTest, LosesNothingWhileSendersTakeTurnsAtBeingAlone) {
+  constexpr u32 kMessages = 5000;
+  const auto first = NewSender();
+  const auto second = NewSender();
+  const auto sendAll = [](Channel& sender, u32 id) {
+    for (u32 i = 0; i < kMessages;) {
+      i += Send(sender, id) == 0 ? 1U : 0U;
+      if (i % 50 == 0) std::this_thread::yield();
+    }
+  };
+  const std::jthread one([&] { sendAll(*first, 1); });
+  const std::jthread two([&] { sendAll(*second, 2); });
+  const std::jthread own([&] {
+    for (u32 i = 0; i < kMessages; ++i) PostOwn(3);
+  });
+  std::vector<u32> received(4);
+  for (u32 i = 0; i < 3 * kMessages; ++i) ++received[Receive()];
+  EXPECT_EQ(received, (std::vector<u32>{0, kMessages, kMessages, kMessages}));
+}
+
+TEST_F(InboxTest, ASelectiveReceiveFindsItsMessageBehindAFloodOfOthers) {
+  const auto flood = NewSender();
+  const auto sender = NewSender();
+  const u16 filter[] = {1, 2};
+  for (int round = 0; round < 5; ++round) {
+    while (Send(*flood, 1) == 0) {
+    }
+    EXPECT_EQ(Receive(0, filter), 0u);
+  }
+  SendAll(*sender, {2});
+  EXPECT_EQ(Receive(kForEver, filter), 2u);
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_QueueFull), 0u) << "what has no room waits in the channel";
+}
+
+TEST_F(InboxTest, WhatAFloodHasBehindASelectiveReceiveIsReceivedInOrder) {
+  const auto flood = NewSender();
+  u32 sent = 0;
+  while (Send(*flood, sent + 10) == 0) ++sent;
+  const u16 filter[] = {1, 2};
+  ASSERT_EQ(Receive(0, filter), 0u);
+  while (Send(*flood, sent + 10) == 0) ++sent;
+  for (u32 i = 0; i < sent; ++i) ASSERT_EQ(Receive(), i + 10);
+}
+
+TEST_F(InboxTest, EndsChannelsThatAreClosedAndRead) {
+  for (int i = 0; i < 5000; ++i) {
+    const auto sender = NewSender();
+    ASSERT_NE(sender, nullptr) << "channels are left over";
+    SendAll(*sender, {1});
+    sender->Close();
+    ASSERT_EQ(Receive(), 1u);
+    ASSERT_EQ(Receive(0), 0u);
+  }
+}
+
+}  // namespace
+}  // namespace hwapi::test
