@@ -47,7 +47,7 @@ i32 AaUtcTimeGet(SAaTime* now);
 /// Reads the board's clock as local time; otherwise as AaUtcTimeGet.
 i32 AaLocalTimeGet(SAaTime* now);
 /// Sets the board's clock, for every process of the board. Timers and sleeps are not moved by it.
-/// @return 0, or EINVAL when @p utc is no calendar time
+/// @return 0; EINVAL when @p utc is no calendar time, another errno value when the clock cannot be set
 i32 AaUtcTimeSet(const SAaTime* utc);
 
 }  // extern "C"

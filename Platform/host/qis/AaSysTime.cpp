@@ -43,7 +43,7 @@ bool IsCalendarTime(const SAaTime& time) {
 
 /// Sleeps until a clock that stands still has been set forward by as much.
 void SleepWhileStanding(std::int64_t us) {
-  const Clock& clock = Clock::Own();
+  Clock& clock = Clock::Own();
   const std::int64_t end = clock.PassedUs() + us;
   while (true) {
     const std::uint32_t seen = clock.Moves();
@@ -119,6 +119,5 @@ QIS_EXPORT i32 AaUtcTimeSet(const SAaTime* utc) {
                                   std::chrono::day(utc->day)};
   const std::int64_t seconds = std::int64_t{day.time_since_epoch().count()} * 86'400 + std::int64_t{utc->hour} * 3600 +
                                std::int64_t{utc->minute} * 60 + utc->second;
-  Clock::Own().Set(seconds * 1'000'000 + std::int64_t{utc->millisec} * 1000);
-  return 0;
+  return Clock::Own().Set(seconds * 1'000'000 + std::int64_t{utc->millisec} * 1000);
 }

@@ -8,6 +8,9 @@
 /// A clock of speed 0 stands still. Setting it forward is how time passes then: for timers and sleeps of every process.
 #pragma once
 
+#include "ClockFile.h"
+#include "ClockSleepers.h"
+
 #include <cstdint>
 
 namespace hwapi::qis {
@@ -22,7 +25,9 @@ class Clock {
   static bool IsBeingMade();
 
   UtcUs Now() const;
-  void Set(UtcUs now);
+  /// Sets it for every process of the board.
+  /// @return 0, else an errno value, as ClockFile::Change
+  int Set(UtcUs now);
 
   /// Board microseconds a real microsecond.
   unsigned Speed() const { return m_speed; }
@@ -34,23 +39,20 @@ class Clock {
   /// Of a clock that stands still: the time that has passed since it was made.
   std::int64_t PassedUs() const;
   /// Of a clock that stands still: changes with every move of it and every call of WakeSleepers.
-  std::uint32_t Moves() const;
-  /// Waits until Moves() is no longer @p seen; may return early.
-  void SleepUntilMoved(std::uint32_t seen) const;
-  /// Lets everybody who sleeps look again.
-  void WakeSleepers();
+  std::uint32_t Moves() { return StandsStill() ? m_sleepers.Moves() : 0; }
+  /// Waits until Moves() is not @p seen; may return early.
+  void SleepUntilMoved(std::uint32_t seen) { m_sleepers.SleepUntilMoved(seen); }
+  /// Lets everybody who sleeps in this process look again.
+  void WakeSleepers() { m_sleepers.Wake(); }
 
  private:
-  struct Shared;
-
   Clock();
-  Shared* Map() const;
-  UtcUs WithoutOffset() const;
-  void Pass(UtcUs us);
+  UtcUs WithoutOffset(const ClockState& state) const;
 
   unsigned m_speed;
   bool m_isHostClock;
-  Shared* m_shared;
+  ClockFile m_file;
+  ClockSleepers m_sleepers;
 };
 
 }  // namespace hwapi::qis

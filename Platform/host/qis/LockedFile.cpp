@@ -1,25 +1,52 @@
 #include "LockedFile.h"
 
+#include "AaSysLog.h"
+#include "ComLog.h"
+#include "Replacement.h"
+#include "SharedFile.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <thread>
 
 namespace hwapi::qis {
 namespace {
 
-int Lock(int fd, LockWait wait) {
-  int result = 0;
-  do {
-    result = ::flock(fd, wait == LockWait::Wait ? LOCK_EX : LOCK_EX | LOCK_NB);
-  } while (result != 0 && errno == EINTR);
-  return result;
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// @return the process that holds the exclusive lock of a file, by the kernel's list; 0 when it is not known
+int HolderOf(int fd) {
+  struct stat status {};
+  const std::unique_ptr<std::FILE, CloseFile> locks(std::fopen("/proc/locks", "re"));
+  if (!locks || ::fstat(fd, &status) != 0) {
+    return 0;
+  }
+  char line[256];
+  while (std::fgets(line, sizeof line, locks.get()) != nullptr) {
+    int pid = 0;
+    unsigned major = 0;
+    unsigned minor = 0;
+    unsigned long long inode = 0;
+    if (std::sscanf(line, "%*d: FLOCK ADVISORY %*s %d %x:%x:%llu", &pid, &major, &minor, &inode) == 4 &&
+        inode == status.st_ino && makedev(major, minor) == status.st_dev) {
+      return std::max(pid, 0);
+    }
+  }
+  return 0;
 }
 
 Fd OpenOrCreate(int folder, const char* name, mode_t mode) {
   for (;;) {
-    Fd created(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
+    Fd created = OpenSharedFile(folder, name, O_RDWR | O_CREAT | O_EXCL, mode);
     if (created) {
       ::fchmod(created.Get(), mode);  // the umask has no say
       return created;
@@ -27,7 +54,7 @@ Fd OpenOrCreate(int folder, const char* name, mode_t mode) {
     if (errno != EEXIST) {
       return Fd();
     }
-    Fd existing(::openat(folder, name, O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    Fd existing = OpenSharedFile(folder, name, O_RDWR);
     if (existing || errno != ENOENT) {
       return existing;
     }
@@ -35,6 +62,37 @@ Fd OpenOrCreate(int folder, const char* name, mode_t mode) {
 }
 
 }  // namespace
+
+int LockAtOnce(int fd) {
+  return Uninterrupted([fd] { return ::flock(fd, LOCK_EX | LOCK_NB); }) == 0 ? 0 : errno;
+}
+
+int LockInTime(int fd) {
+  constexpr std::chrono::microseconds kMaxPause{2000};
+  const auto end = std::chrono::steady_clock::now() + kLockPatience;
+  std::chrono::microseconds pause{50};
+  for (;;) {
+    const int error = LockAtOnce(fd);
+    if (error != EWOULDBLOCK) {
+      return error;
+    }
+    if (std::chrono::steady_clock::now() >= end) {
+      return ETIMEDOUT;
+    }
+    std::this_thread::sleep_for(pause);
+    pause = std::min(2 * pause, kMaxPause);
+  }
+}
+
+void ReportKeptLock(int fd, const char* path) {
+  if (const int holder = HolderOf(fd); holder != 0) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                   "%s is kept locked by process %d: continue or end that process", path, holder);
+  } else {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                   "%s is kept locked by another process: continue or end that process", path);
+  }
+}
 
 void Unlock(int fd) { ::flock(fd, LOCK_UN); }
 
@@ -48,8 +106,17 @@ bool HasName(int folder, const char* name, int fd) {
 Fd OpenLocked(int folder, const char* name, mode_t mode, LockWait wait) {
   for (;;) {
     Fd file = OpenOrCreate(folder, name, mode);
-    if (!file || Lock(file.Get(), wait) != 0) {
-      return Fd();
+    if (!file) {
+      return file;
+    }
+    const int error = wait == LockWait::Wait ? LockInTime(file.Get()) : LockAtOnce(file.Get());
+    if (error == ETIMEDOUT) {
+      ReportKeptLock(file.Get(), PathIn(folder, name).c_str());
+    }
+    if (error != 0) {
+      file.Reset();
+      errno = error;
+      return file;
     }
     if (HasName(folder, name, file.Get())) {
       return file;

@@ -6,15 +6,31 @@
 
 #include <sys/types.h>
 
+#include <chrono>
+
 namespace hwapi::qis {
 
-/// What to do when somebody else holds the lock.
+/// What to do when somebody else holds the lock: wait for at most kLockPatience, or not at all.
 enum class LockWait { Wait, Refuse };
 
+/// Locks are held for microseconds: whoever holds one for so long has been stopped.
+inline constexpr std::chrono::seconds kLockPatience{2};
+
 /// Opens (creates) a file and takes its exclusive lock. The file locked is the one that has the name: a file that was
-/// removed or replaced while its lock was waited for is given up for its successor.
-/// @return the file; none with errno set (EWOULDBLOCK: somebody holds the lock and @p wait is Refuse)
+/// removed or replaced while its lock was waited for is given up for its successor. A lock that was waited for in vain
+/// is reported with its holder.
+/// @return the file; none with errno set (EWOULDBLOCK: somebody holds the lock and @p wait is Refuse; ETIMEDOUT:
+/// somebody held it all the time; otherwise as OpenSharedFile)
 Fd OpenLocked(int folder, const char* name, mode_t mode, LockWait wait);
+
+/// Takes the exclusive lock of an open file, waiting for at most kLockPatience.
+/// @return 0; ETIMEDOUT, or another errno value
+int LockInTime(int fd);
+/// Takes the exclusive lock of an open file if nobody else has it.
+/// @return 0, else an errno value
+int LockAtOnce(int fd);
+/// Reports that a lock was waited for in vain, and who holds it.
+void ReportKeptLock(int fd, const char* path);
 
 /// Gives the lock back before the file is closed.
 void Unlock(int fd);

@@ -12,6 +12,12 @@ std::int64_t NextExpiry(std::int64_t dueUs, std::int64_t periodUs, std::int64_t 
   return dueUs + ((nowUs - dueUs) / periodUs + 1) * periodUs;
 }
 
+// Quotient and remainder are scaled apart, here and in Timers::RealTime: the product of a whole time and the speed
+// could overflow.
+std::int64_t BoardUsOf(std::int64_t realNs, std::int64_t speed) {
+  return realNs / 1000 * speed + realNs % 1000 * speed / 1000;
+}
+
 Timers& Timers::Own() {
   static auto* const timers = new Timers;  // the thread outlives the end of main
   return *timers;
@@ -19,15 +25,11 @@ Timers& Timers::Own() {
 
 Timers::Timers() : m_origin(std::chrono::steady_clock::now()) {}
 
-// Quotient and remainder are scaled apart: the product of a whole time and the speed could overflow.
-
 std::int64_t Timers::NowUs() const {
   if (Clock::Own().StandsStill()) {
     return Clock::Own().PassedUs();
   }
-  const std::int64_t ns = std::chrono::nanoseconds(std::chrono::steady_clock::now() - m_origin).count();
-  const std::int64_t speed = Clock::Own().Speed();
-  return ns / 1000 * speed + ns % 1000 * speed / 1000;
+  return BoardUsOf(std::chrono::nanoseconds(std::chrono::steady_clock::now() - m_origin).count(), Clock::Own().Speed());
 }
 
 std::chrono::steady_clock::time_point Timers::RealTime(std::int64_t boardUs) const {

@@ -21,6 +21,11 @@ namespace hwapi::qis {
 /// @return the first grid point behind @p nowUs
 std::int64_t NextExpiry(std::int64_t dueUs, std::int64_t periodUs, std::int64_t nowUs);
 
+/// @param realNs how long a clock has run
+/// @param speed  board microseconds a real microsecond, not 0
+/// @return the board time that has passed, in microseconds; never less for more
+std::int64_t BoardUsOf(std::int64_t realNs, std::int64_t speed);
+
 /// All timers of this process, served by one thread that is started with the first one. Times inside are microseconds
 /// of board time since this object was made, or since the clock was, if that stands still.
 class Timers {

@@ -49,6 +49,16 @@ TEST(Clock, RunsAtTheDescribedSpeed) {
   EXPECT_LE(qis::Clock::Own().Now() - before, (real + 1'000'000) * 3600) << "not faster than that";
 }
 
+TEST(Clock, NeverRunsBackUnderASpeed) {
+  const Board board("[clock]\nspeed = 7\n");
+  qis::UtcUs last = qis::Clock::Own().Now();
+  for (int i = 0; i < 100'000; ++i) {
+    const qis::UtcUs now = qis::Clock::Own().Now();
+    ASSERT_GE(now, last);
+    last = now;
+  }
+}
+
 TEST(Clock, IsSharedByTheProcessesOfTheBoard) {
   const Board board("[clock]\nspeed = 1000\nstart = 2024-01-31T00:00:00Z\n");
   const Event read;
@@ -191,6 +201,18 @@ TEST(Timer, StaysOnItsGridAndSkipsWhatWasMissed) {
   EXPECT_EQ(qis::NextExpiry(1000, 100, 1099), 1100);
   EXPECT_EQ(qis::NextExpiry(1000, 100, 1100), 1200);
   EXPECT_EQ(qis::NextExpiry(1000, 100, 1950), 2000);
+}
+
+TEST(Timer, HasATimeThatNeverRunsBackUnderASpeed) {
+  for (const std::int64_t speed : {1, 3, 60, 3600}) {
+    std::int64_t last = 0;
+    for (std::int64_t ns = 0; ns < 5000; ++ns) {
+      const std::int64_t us = qis::BoardUsOf(ns, speed);
+      ASSERT_GE(us, last) << ns << " ns at " << speed;
+      last = us;
+    }
+    EXPECT_EQ(last, 4999 * speed / 1000);
+  }
 }
 
 TEST(Timer, DeletedSendsNothingMore) {
