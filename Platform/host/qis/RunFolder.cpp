@@ -4,6 +4,7 @@
 #include "AaSysLog.h"
 #include "BoardDescription.h"
 #include "ComLog.h"
+#include "SharedFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -34,6 +35,9 @@ RunFolder::RunFolder(const char* name) : m_path(board::RunDirectory()) {
   m_fd = ::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (m_fd < 0) {
     m_error = errno;
+    if (ReportIfNot(S_IFDIR, AT_FDCWD, m_path.c_str())) {
+      return;
+    }
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
                    "Cannot open the folder %s (%s): check HWAPI_RUN and its permissions", m_path.c_str(),
                    std::strerror(m_error));

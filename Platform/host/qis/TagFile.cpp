@@ -1,6 +1,7 @@
 #include "TagFile.h"
 
 #include "LockedFile.h"
+#include "SharedFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -57,7 +58,7 @@ struct flock WholeFile(short type) {
 
 /// @return whether a reader still needs the log before the present one
 bool IsPreviousRead(int current, const std::string& name) {
-  const Fd previous(::openat(OldFolder().Get(), name.c_str(), O_RDWR | O_CLOEXEC));
+  const Fd previous = OpenSharedFile(OldFolder().Get(), name.c_str(), O_RDWR);
   if (!previous || HasName(OldFolder().Get(), name.c_str(), current)) {
     return false;
   }
@@ -68,7 +69,7 @@ bool IsPreviousRead(int current, const std::string& name) {
 /// Replaces the log by one that has only this record.
 int Replace(const std::string& name, const TagRecord& record) {
   const char* const file = name.c_str();
-  const Fd fresh(::openat(NewFolder().Get(), file, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  const Fd fresh = OpenSharedFile(NewFolder().Get(), file, O_RDWR | O_CREAT | O_TRUNC, 0600);
   if (!fresh || ::fchmod(fresh.Get(), TagFolder().FileMode()) != 0) {
     return errno;
   }
@@ -78,7 +79,9 @@ int Replace(const std::string& name, const TagRecord& record) {
   ::unlinkat(OldFolder().Get(), file, 0);
   if (::linkat(TagFolder().Get(), file, OldFolder().Get(), file, 0) != 0 ||
       ::renameat(NewFolder().Get(), file, TagFolder().Get(), file) != 0) {
-    return errno;
+    const int error = errno;
+    ReportIfNot(S_IFREG, OldFolder().Get(), file);
+    return error;
   }
   return 0;
 }
@@ -125,14 +128,14 @@ int AppendToTag(const std::string& name, const std::string& value) {
   const TagState state = ReadTagState(file.Get());
   const auto newest = state.newest != 0 ? ReadTagRecord(file.Get(), state.newest) : std::nullopt;
   const TagRecord record{.sequence = newest ? newest->sequence + 1 : 1, .value = value};
-  if (state.end >= kLongTagLog && !IsPreviousRead(file.Get(), name)) {
-    return Replace(name, record);
+  if (state.end >= kLongTagLog && !IsPreviousRead(file.Get(), name) && Replace(name, record) == 0) {
+    return 0;
   }
   return Append(file.Get(), state, record);
 }
 
 std::optional<TagRecord> NewestOfTag(const std::string& name) {
-  const Fd file(::openat(TagFolder().Get(), name.c_str(), O_RDONLY | O_CLOEXEC));
+  const Fd file = OpenSharedFile(TagFolder().Get(), name.c_str(), O_RDONLY);
   const TagState state = file ? ReadTagState(file.Get()) : TagState{};
   return state.newest != 0 ? ReadTagRecord(file.Get(), state.newest) : std::nullopt;
 }

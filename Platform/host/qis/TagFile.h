@@ -9,7 +9,8 @@
 ///
 /// A log that grew long is replaced by a fresh one, and the old one moves to the folder "tags.old" for readers that are
 /// not at its end yet. A reader holds a shared record lock on the file it reads. As long as somebody does so for the
-/// file in "tags.old", the present one is not replaced but grows: no reader ever misses a value.
+/// file in "tags.old", the present one is not replaced but grows: no reader ever misses a value. It also grows when it
+/// cannot be replaced.
 #pragma once
 
 #include "AaConfig.h"

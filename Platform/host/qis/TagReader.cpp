@@ -1,6 +1,7 @@
 #include "TagReader.h"
 
 #include "LockedFile.h"
+#include "SharedFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,7 +24,7 @@ TagReader::TagReader(std::string name) : m_name(std::move(name)) {
 /// that was never set is there to be held, else the first values could be gone before they are looked for.
 bool TagReader::Open() {
   for (;;) {
-    Fd file(::openat(TagFolder().Get(), m_name.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, TagFolder().FileMode()));
+    Fd file = OpenSharedFile(TagFolder().Get(), m_name.c_str(), O_RDONLY | O_CREAT, TagFolder().FileMode());
     if (!file) {
       return false;
     }

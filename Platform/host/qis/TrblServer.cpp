@@ -23,6 +23,10 @@ constexpr int kMostProcesses = 1000;
 constexpr std::size_t kMostSessions = 8;
 constexpr int kNoFreeDescriptorPauseMs = 100;
 
+/// @return whether claiming a number failed because of that number: by a process, or by a thing that is not a lock or
+/// not a socket
+bool IsTaken(int error) { return error == EBUSY || error == EISDIR || error == EINVAL || error == EADDRINUSE; }
+
 }  // namespace
 
 TrblServer& TrblServer::Own() {
@@ -49,11 +53,14 @@ void TrblServer::Start() {
                  "The troubleshooting files of this process cannot be collected: %s", std::strerror(error));
 }
 
-/// Takes the first free number; that of a dead process is free.
+/// Takes the first free number; that of a dead process is free, and one whose name something else has is not.
 int TrblServer::Claim() {
   static const auto* const folder = new RunFolder(kTrblFolder);
+  if (folder->Get() < 0) {
+    return folder->Error();
+  }
   int error = EBUSY;
-  for (int number = 1; number <= kMostProcesses && error == EBUSY; ++number) {
+  for (int number = 1; number <= kMostProcesses && IsTaken(error); ++number) {
     error = m_socket.Claim(*folder, std::to_string(number));
   }
   return error;

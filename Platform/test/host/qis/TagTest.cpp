@@ -214,6 +214,29 @@ TEST(Tag, LogIsKeptForAReaderThatIsFarBehind) {
   EXPECT_FALSE(reader.Next());
 }
 
+/// Puts a copy in the place of a tag's log.
+void ReplaceByACopy(const Board& board, const std::string& name) {
+  const std::string path = board.Run() + "/tags/" + name;
+  std::filesystem::copy_file(path, path + ".copy");
+  std::filesystem::rename(path + ".copy", path);
+}
+
+TEST(Tag, ReplacedByALogThatRepeatsValuesGivesEachOnce) {
+  const Board board;
+  Set("app.a", "1");
+  Set("app.a", "2");
+  qis::TagReader reader("app.a");
+  ReplaceByACopy(board, "app.a");
+  EXPECT_FALSE(reader.Next()) << "it began behind these";
+  Set("app.a", "3");
+  EXPECT_EQ(reader.Next(), "3");
+  ReplaceByACopy(board, "app.a");
+  EXPECT_FALSE(reader.Next());
+  Set("app.a", "4");
+  EXPECT_EQ(reader.Next(), "4");
+  EXPECT_FALSE(reader.Next());
+}
+
 TEST(Tag, NamesThatAreNoFileNamesAreRefused) {
   const Board board;
   EXPECT_EQ(Set("", "x"), EINVAL);
