@@ -25,7 +25,8 @@ char* AaFileReadLine(char* buffer, u32 size, TAaFile* file);
 /// @return the number of items taken; fewer than @p count after a write error, and AaFileClose then fails too
 u32 AaFileWrite(const void* data, u32 size, u32 count, TAaFile* file);
 
-/// Copies a file; @p target is replaced whole or not at all.
+/// Copies a file; @p target is replaced whole or not at all. Nobody may read the copy who may not read @p source. A
+/// platform may name the folders whose files may be copied: EACCES for others.
 i32 AaFileCopy(const char* source, const char* target);
 /// Removes a file.
 i32 AaFileRemove(const char* path);

@@ -38,9 +38,10 @@ struct Clock {
   std::optional<std::int64_t> startMs;  ///< time at the board's start, milliseconds since 1970 UTC; none: the host's
 };
 
-/// Who may send messages besides root and the receiver's own user.
+/// Who may send messages besides root and the receiver's own user, and what may be stored for them.
 struct Access {
-  std::vector<std::string> send;  ///< "USER" or "group:GROUP"
+  std::vector<std::string> send;   ///< "USER" or "group:GROUP"
+  std::vector<std::string> store;  ///< absolute paths of folders whose files may be copied; none: those of every folder
 };
 
 /// A temperature attribute of the kernel.

@@ -79,6 +79,13 @@ void ReadAccess(TableReader& root, Access& access, Problems& problems) {
     }
     access.send.push_back(name);
   }
+  for (const TomlValue* entry : table.List("store", Kind::Text)) {
+    if (!entry->text.starts_with('/')) {
+      problems.Add(entry->line, "\"store\" in [access] has \"" + entry->text +
+                                    "\"; write a folder's whole path, such as \"/var/log\"");
+    }
+    access.store.push_back(entry->text);
+  }
 }
 
 std::string Bytes(u32 value) {

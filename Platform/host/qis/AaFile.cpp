@@ -6,6 +6,7 @@
 #include "Export.h"
 #include "FileSource.h"
 #include "Replacement.h"
+#include "StoreRoots.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -169,13 +171,19 @@ int CopyAll(int source, Replacement& target) {
   }
 }
 
+/// @param why out: why it may not be copied, if that is so
 /// @return 0, else an errno value
-int Copy(const char* source, const char* target) try {
+int Copy(const char* source, const char* target, std::optional<std::string>& why) try {
   const Fd from = OpenSource(source);
-  if (!from) {
+  struct stat status {};
+  if (!from || ::fstat(from.Get(), &status) != 0) {
     return errno;
   }
-  const std::unique_ptr<Replacement> to = Replacement::Begin(target);
+  why = hwapi::qis::WhyNotToStore(from.Get());
+  if (why) {
+    return EACCES;
+  }
+  const std::unique_ptr<Replacement> to = Replacement::BeginCopy(target, status);
   if (!to) {
     return errno;
   }
@@ -251,11 +259,12 @@ QIS_EXPORT i32 AaFileCopy(const char* source, const char* target) {
   if (source == nullptr || target == nullptr) {
     return EINVAL;
   }
-  const int error = Copy(source, target);
+  std::optional<std::string> why;
+  const int error = Copy(source, target, why);
   if (error != 0) {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
-                   "File %s is not copied to %s, what was there stays: %s%s", source, target, std::strerror(error),
-                   Remedy(error));
+                   "File %s is not copied to %s, what was there stays: %s%s", source, target,
+                   why ? why->c_str() : std::strerror(error), Remedy(error));
   }
   return error;
 }

@@ -2,6 +2,7 @@
 
 #include "AaSysLog.h"
 #include "ComLog.h"
+#include "CopyRights.h"
 #include "LockedFile.h"
 
 #include <fcntl.h>
@@ -18,6 +19,8 @@ namespace {
 
 constexpr std::string_view kMark = ".new-";
 constexpr mode_t kNewFileMode = 0644;
+/// Until it is known who may read it.
+constexpr mode_t kTemporaryMode = 0600;
 /// Longest part of the name that a temporary repeats: its own name has a limit, too.
 constexpr std::size_t kLongestStem = 200;
 
@@ -69,7 +72,13 @@ void RemoveIfStray(int folder, const std::string& name) {
   }
 }
 
-std::unique_ptr<Replacement> Replacement::Begin(const std::string& path) {
+std::unique_ptr<Replacement> Replacement::Begin(const std::string& path) { return Begin(path, nullptr); }
+
+std::unique_ptr<Replacement> Replacement::BeginCopy(const std::string& path, const struct stat& source) {
+  return Begin(path, &source);
+}
+
+std::unique_ptr<Replacement> Replacement::Begin(const std::string& path, const struct stat* source) {
   std::unique_ptr<Replacement> replacement(new Replacement(path));
   int error = replacement->FindTarget();
   if (error == 0) {
@@ -77,7 +86,7 @@ std::unique_ptr<Replacement> Replacement::Begin(const std::string& path) {
     error = replacement->CreateTemporary();
   }
   if (error == 0) {
-    error = replacement->TakeOverOwnerAndMode();
+    error = replacement->TakeOverOwnerAndMode(source);
   }
   if (error != 0) {
     replacement.reset();
@@ -135,7 +144,7 @@ int Replacement::CreateTemporary() {
   for (;;) {
     std::string name = NextTemporaryName(m_name);
     Fd file(Uninterrupted(
-        [&] { return ::openat(Folder(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode); }));
+        [&] { return ::openat(Folder(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kTemporaryMode); }));
     if (!file && errno == EEXIST) {
       continue;
     }
@@ -144,7 +153,10 @@ int Replacement::CreateTemporary() {
     }
     m_temporary = std::move(name);
     m_file = std::move(file);
-    if (Uninterrupted([&] { return ::flock(m_file.Get(), LOCK_EX); }) != 0 || ::fstat(m_file.Get(), &m_new) != 0) {
+    if (const int error = LockInTime(m_file.Get()); error != 0) {
+      return error;
+    }
+    if (::fstat(m_file.Get(), &m_new) != 0) {
       return errno;
     }
     // Before the lock somebody may have taken it for a stray one and removed it.
@@ -154,15 +166,19 @@ int Replacement::CreateTemporary() {
   }
 }
 
-int Replacement::TakeOverOwnerAndMode() {
+int Replacement::TakeOverOwnerAndMode(const struct stat* source) {
   const bool isThere = m_old.st_mode != 0;
   const bool ownerDiffers = isThere && (m_old.st_uid != m_new.st_uid || m_old.st_gid != m_new.st_gid);
-  if (ownerDiffers && ::fchown(m_file.Get(), m_old.st_uid, m_old.st_gid) != 0 && errno != EPERM) {
+  if (ownerDiffers && (source == nullptr || MayOwnCopy(*source, m_old.st_uid)) &&
+      ::fchown(m_file.Get(), m_old.st_uid, m_old.st_gid) != 0 && errno != EPERM) {
     return errno;  // not root: the new file is the writer's
   }
-  const mode_t mode = isThere ? m_old.st_mode & 07777 : kNewFileMode;
-  if (mode == (m_new.st_mode & 07777) && !ownerDiffers) {
-    return 0;
+  mode_t mode = isThere ? m_old.st_mode & 07777 : kNewFileMode;
+  if (source != nullptr) {
+    if (::fstat(m_file.Get(), &m_new) != 0) {
+      return errno;
+    }
+    mode = ModeOfCopy(*source, mode, m_new.st_gid);
   }
   return ::fchmod(m_file.Get(), mode) == 0 ? 0 : errno;  // after the owner, whose change takes bits away
 }

@@ -30,6 +30,9 @@ class Replacement {
   /// 0644.
   /// @return null with errno set
   static std::unique_ptr<Replacement> Begin(const std::string& path);
+  /// As Begin, for a copy: it can be read by nobody who may not read its source. The mode and the owner of a file that
+  /// is there are kept only as far as that allows.
+  static std::unique_ptr<Replacement> BeginCopy(const std::string& path, const struct stat& source);
   Replacement(const Replacement&) = delete;
   Replacement& operator=(const Replacement&) = delete;
   /// Removes the temporary, unless it was committed.
@@ -48,7 +51,8 @@ class Replacement {
   int OpenFolderOf(const std::string& path);
   void RemoveStrays();
   int CreateTemporary();
-  int TakeOverOwnerAndMode();
+  static std::unique_ptr<Replacement> Begin(const std::string& path, const struct stat* source);
+  int TakeOverOwnerAndMode(const struct stat* source);
   void MakeFolderLast();
 
   int Folder() const { return ::dirfd(m_folder.get()); }

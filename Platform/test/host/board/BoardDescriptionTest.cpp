@@ -71,6 +71,12 @@ TEST_F(BoardDescriptionTest, SendersAreUsersAndGroups) {
   EXPECT_EQ(Read("[access]\nsend = ['root', 'group:hwapi']").access.send, expected);
 }
 
+TEST_F(BoardDescriptionTest, FoldersWhoseFilesMayBeStored) {
+  EXPECT_TRUE(Read("[access]\nsend = []").access.store.empty());
+  EXPECT_EQ(Read("[access]\nstore = ['/var/log', '/srv']").access.store,
+            (std::vector<std::string>{"/var/log", "/srv"}));
+}
+
 TEST_F(BoardDescriptionTest, ATextTagHoldsItsBytes) {
   EXPECT_EQ(Read("[tags]\n\"app.file\" = \"/ffs/x\"").tags.at("app.file"), "/ffs/x");
 }

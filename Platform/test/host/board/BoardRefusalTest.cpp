@@ -59,6 +59,8 @@ constexpr Refusal kRefusals[] = {
     {.name = "BuildWithASlash", .toml = "[boot]\nfs1_build = 'R1/2'", .line = 2, .remedy = "such as \"R2_4.1\""},
     {.name = "EmptyBuild", .toml = "[boot]\nfs2_build = ''", .line = 2, .remedy = "such as \"R2_4.1\""},
     {.name = "EmptyGroup", .toml = "[access]\nsend = ['group:']", .line = 2, .remedy = "\"group:GROUP\""},
+    {.name = "RelativeStore", .toml = "[access]\nstore = ['log']", .line = 2, .remedy = "a folder's whole path"},
+    {.name = "StoreNumber", .toml = "[access]\nstore = [0]", .line = 2, .remedy = "text in quotes"},
     {.name = "SenderNumber", .toml = "[access]\nsend = [0]", .line = 2, .remedy = "text in quotes"},
     {.name = "TagWithoutQuotes", .toml = "[tags]\napp.file = 'x'", .line = 2, .remedy = "\"whole.tag.name\""},
     {.name = "TagBeyond32Bits", .toml = "[tags]\n\"a\" = 0x100000000", .line = 2, .remedy = "a number of 32 bits"},
