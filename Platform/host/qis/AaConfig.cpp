@@ -1,7 +1,10 @@
 // Public tags, debug-configuration values, and memory that the platform hands out.
 #include "AaConfig.h"
 
+#include "AaSysLog.h"
 #include "BoardDescription.h"
+#include "ComLog.h"
+#include "Endpoints.h"
 #include "Export.h"
 #include "TagFile.h"
 #include "TagObserver.h"
@@ -16,6 +19,8 @@
 #include <string>
 #include <string_view>
 
+using hwapi::qis::kPlatformFeature;
+
 namespace {
 
 /// @return 0, else an errno value: names are file names
@@ -28,6 +33,16 @@ int CheckName(const char* name) {
     return EINVAL;
   }
   return text.size() > NAME_MAX ? ENAMETOOLONG : 0;
+}
+
+/// An endpoint that another process serves by now is announced by that one.
+bool IsAnothers(const std::string& name) {
+  const bool isAnothers = hwapi::qis::AnnouncesAnothersEndpoint(name);
+  if (isAnothers) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Debug, kPlatformFeature,
+                   "Tag %s is left as it is: another process serves that endpoint now", name.c_str());
+  }
+  return isAnothers;
 }
 
 std::optional<std::string> DescribedValue(const std::string& name) {
@@ -52,7 +67,8 @@ QIS_EXPORT i32 AaConfigTagPublicSet(const char* name, const void* value, u32 siz
   if (size > AACONFIG_TAG_MAX_SIZE || (value == nullptr && size != 0)) {
     return EINVAL;
   }
-  return hwapi::qis::AppendToTag(name, size != 0 ? std::string(static_cast<const char*>(value), size) : "");
+  return hwapi::qis::AppendToTag(name, size != 0 ? std::string(static_cast<const char*>(value), size) : "",
+                                 &IsAnothers);
 } catch (const std::bad_alloc&) {
   return ENOMEM;
 }

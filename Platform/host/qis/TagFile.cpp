@@ -117,13 +117,16 @@ std::optional<TagRecord> ReadTagRecord(int file, u32 offset) {
   return size == static_cast<ssize_t>(record.value.size()) ? std::optional(std::move(record)) : std::nullopt;
 }
 
-int AppendToTag(const std::string& name, const std::string& value) {
+int AppendToTag(const std::string& name, const std::string& value, bool (*mayNot)(const std::string& name)) {
   if (TagFolder().Get() < 0) {
     return TagFolder().Error();
   }
   const Fd file = OpenLocked(TagFolder().Get(), name.c_str(), TagFolder().FileMode(), LockWait::Wait);
   if (!file) {
     return errno;
+  }
+  if (mayNot(name)) {
+    return 0;
   }
   const TagState state = ReadTagState(file.Get());
   const auto newest = state.newest != 0 ? ReadTagRecord(file.Get(), state.newest) : std::nullopt;

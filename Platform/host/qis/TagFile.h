@@ -50,8 +50,9 @@ TagState ReadTagState(int file);
 std::optional<TagRecord> ReadTagRecord(int file, u32 offset);
 
 /// Sets a tag.
-/// @return 0, else an errno value
-int AppendToTag(const std::string& name, const std::string& value);
+/// @param mayNot asked while nobody else can set the tag: whether it is left as it is
+/// @return 0, also when it was left as it is, else an errno value (ETIMEDOUT: somebody keeps it locked)
+int AppendToTag(const std::string& name, const std::string& value, bool (*mayNot)(const std::string& name));
 /// @return newest record of a tag; none when it was never set
 std::optional<TagRecord> NewestOfTag(const std::string& name);
 
