@@ -4,7 +4,9 @@
 #include "Problems.h"
 #include "TomlTree.h"
 
+#include <fcntl.h>
 #include <malloc.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,13 +20,26 @@ namespace {
 
 constexpr const char kSystemDescription[] = "/etc/hwapi/board.toml";
 
-[[noreturn]] void RefuseFile(const std::string& path, int error) {
-  throw DescriptionError(path + ": cannot be read: " + std::strerror(error) +
+[[noreturn]] void RefuseFile(const std::string& path, const std::string& reason) {
+  throw DescriptionError(path + ": cannot be read: " + reason +
                          "; name a readable board description in HWAPI_BOARD or with --board");
 }
 
+[[noreturn]] void RefuseFile(const std::string& path, int error) { RefuseFile(path, std::strerror(error)); }
+
+/// Opens a description without waiting: a FIFO would wait for its writer.
+int Open(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  struct stat status {};
+  if (fd < 0 || fstat(fd, &status) != 0) RefuseFile(path, errno);
+  if (S_ISREG(status.st_mode)) return fd;
+  close(fd);
+  if (S_ISDIR(status.st_mode)) RefuseFile(path, EISDIR);
+  RefuseFile(path, S_ISFIFO(status.st_mode) ? "it is a FIFO, not a file" : "it is a device, not a file");
+}
+
 std::string Contents(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fdopen(Open(path), "r"), std::fclose);
   if (file == nullptr) RefuseFile(path, errno);
   std::string contents;
   char part[4096];

@@ -3,6 +3,7 @@
 #include "TestBoard.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <ostream>
 
@@ -119,6 +120,19 @@ TEST(BoardRefusal, AMissingFileIsToldWithTheWayToNameAnother) {
     EXPECT_STREQ(error.what(),
                  "/nowhere/board.toml: cannot be read: No such file or directory; name a readable board description in "
                  "HWAPI_BOARD or with --board");
+  }
+}
+
+TEST(BoardRefusal, APipeIsNotWaitedFor) {
+  const TestBoard board;
+  ASSERT_EQ(mkfifo(board.Description().c_str(), 0600), 0);
+  try {
+    Load(board.Description());
+    FAIL() << "loaded";
+  } catch (const DescriptionError& error) {
+    EXPECT_TRUE(
+        std::string(error.what()).starts_with(board.Description() + ": cannot be read: it is a FIFO, not a file"))
+        << error.what();
   }
 }
 

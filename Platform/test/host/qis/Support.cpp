@@ -76,6 +76,11 @@ bool Peer::Ended() {
   return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+bool Peer::IsStopped() const {
+  int status = 0;
+  return Eventually([&] { return ::waitpid(m_pid, &status, WNOHANG | WUNTRACED) == m_pid; }) && WIFSTOPPED(status);
+}
+
 bool Eventually(const std::function<bool()>& isTrue) {
   const auto end = std::chrono::steady_clock::now() + kLong;
   while (!isTrue()) {

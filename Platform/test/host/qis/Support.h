@@ -54,6 +54,8 @@ class Peer {
   void Kill();
   /// @return whether it ended by itself and successfully
   bool Ended();
+  /// @return whether it was stopped by a signal, now or in a generous time
+  bool IsStopped() const;
 
  private:
   pid_t m_pid;

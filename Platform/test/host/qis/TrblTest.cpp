@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,8 +17,10 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace hwapi::test {
 namespace {
@@ -171,6 +174,33 @@ TEST(TrblFiles, OfAProcessThatIsBusyWithAnotherCollectorAreGivenUp) {
   Files files;
   EXPECT_TRUE(Eventually([&] { return AaTrblCollect(10, See, &files) == EAaTrblRet_Failed; }));
   EXPECT_EQ(files[""].result, EAaTrblCollect_NoAnswer);
+}
+
+TBoolean Stop(const SAaTrblFile*, void*) {
+  ::raise(SIGSTOP);
+  return GLO_TRUE;
+}
+
+TEST(TrblFiles, AreCollectedWhileOtherCollectorsAreStopped) {
+  constexpr int kStopped = 10;  // more than a process serves at a time
+  const Board board;
+  const std::string path = Write(board, "one", "text");
+  const Event offered;
+  std::vector<std::unique_ptr<Peer>> collectors;
+  for (int i = 0; i < kStopped; ++i) {
+    collectors.push_back(std::make_unique<Peer>([&] {
+      offered.Await();
+      AaTrblCollect(kPatienceMs, Stop, nullptr);
+    }));
+  }
+  Owner owner([&] { Offer("a", path); });
+  for (int i = 0; i < kStopped; ++i) {
+    offered.Happened();
+  }
+  for (const auto& collector : collectors) {
+    EXPECT_TRUE(collector->IsStopped());
+  }
+  EXPECT_EQ(Collect(), (Files{{"a", {EAaTrblCollect_Ok, "text"}}}));
 }
 
 TEST(TrblFiles, ThatAreNoRegularFilesAreNotHandedOver) {
