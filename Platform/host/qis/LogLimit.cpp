@@ -43,10 +43,10 @@ void Tell(const LogLimit::LeftOut& leftOut) {
   LogLine line(isKnown ? cause.level : EAaSysLogSeverityLevel_Warning, isKnown ? cause.feature : kPlatformFeature);
   const auto lines = static_cast<unsigned long long>(leftOut.lines);
   if (!isKnown) {
-    line.Print("%llu lines were left out here: too many senders cause too many lines", lines);
+    line.Print("Lines left out here: %llu; messages of too many senders cause too many", lines);
   } else {
-    line.Print("%llu lines like \"%s\" were left out here: messages of task 0x%04X of board %u, cpu %u cause too many",
-               lines, leftOut.begin.data(), cause.sender & 0xFFFFu, unsigned{AaSysComNmapGetBoard(cause.sender)},
+    line.Print("Lines like \"%s\" left out here: %llu; messages of task 0x%04X of board %u, cpu %u cause too many",
+               leftOut.begin.data(), lines, cause.sender & 0xFFFFu, unsigned{AaSysComNmapGetBoard(cause.sender)},
                unsigned{AaSysComNmapGetCpu(cause.sender)});
   }
   LogOutput::Own().Put(line);

@@ -43,7 +43,7 @@ std::uint64_t LogOutput::Missing() {
 /// @return false when another number is missing meanwhile
 bool LogOutput::Report(std::uint64_t missing) {
   LogLine line(EAaSysLogSeverityLevel_Warning, kPlatformFeature);
-  line.Print("%llu lines are missing here: the log could not be written, its reader stood still or its disk was full",
+  line.Print("Lines missing here: %llu; the log could not be written: its reader stood still or its disk was full",
              static_cast<unsigned long long>(missing));
   const std::string_view bytes = line.End();
   const std::lock_guard lock(m_mutex);

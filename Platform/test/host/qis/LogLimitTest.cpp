@@ -126,7 +126,7 @@ TEST_F(LimitedLog, SaysHowManyLinesAreMissingWithALaterMessage) {
   EXPECT_TRUE(Eventually([&] {
     qis::HandlingMessageFrom(0, true);
     return Occurrences(m_output.Text(),
-                       "<3>50 lines like \"refused %d\" were left out here: messages of task 0x8123 of "
+                       "<3>Lines like \"refused %d\" left out here: 50; messages of task 0x8123 of "
                        "board 1, cpu 2 cause too many\n") == 1;
   })) << m_output.Text();
 }

@@ -69,7 +69,7 @@ struct Account {
 
 Account AccountOf(const std::string& text) {
   const std::regex line("<6>line (\\d+) x{100}\r?");
-  const std::regex gap("<4>(\\d+) lines are missing here: .*");
+  const std::regex gap("<4>Lines missing here: (\\d+); .*");
   Account account;
   std::istringstream lines(text);
   for (std::string read; std::getline(lines, read);) {
@@ -152,6 +152,21 @@ TEST_F(LogReader, ThatStandsStillDelaysNobodyWithoutAFreeDescriptor) {
   EXPECT_TRUE(process.Ended());
 }
 
+TEST_F(LogReader, GetsNoLineAfterAGapBeforeTheGapIsReported) {
+  constexpr std::size_t kLeft = 60;  // room for a short line, but not for a report
+  const auto reader = OnPipe();
+  const std::string page(4096 - kLeft - sizeof "<6>", 'x');
+  for (int i = 0; i < 20; ++i) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 1, "%s", page.c_str());
+  }
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 1, "after the gap");
+  const std::string before = reader->Text();
+  EXPECT_EQ(Occurrences(before, "after the gap"), 0u);
+  EXPECT_LT(Occurrences(before, page), 20u);
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 1, "later");
+  EXPECT_TRUE(reader->Text().starts_with("<4>Lines missing here: " + std::to_string(21 - Occurrences(before, page))));
+}
+
 TEST_F(LogReader, LeavesTheDescriptionThatOthersShareAsItIs) {
   const auto reader = OnPipe();
   LogNumber(0);
@@ -200,7 +215,7 @@ TEST_F(LogReader, OfSeveralThreadsGetsWholeLinesInOrderAndTheRightNumberOfMissin
   unsigned written = 0;
   unsigned missing = 0;
   const std::regex line("<6>(\\d) (\\d+) x{100}");
-  const std::regex gap("<4>(\\d+) lines are missing here: .*");
+  const std::regex gap("<4>Lines missing here: (\\d+); .*");
   std::istringstream lines(text);
   for (std::string read; std::getline(lines, read);) {
     std::smatch match;
