@@ -3,6 +3,7 @@
 
 #include "Clock.h"
 #include "Export.h"
+#include "LogLimit.h"
 #include "Message.h"
 #include "Routes.h"
 #include "Tasks.h"
@@ -25,6 +26,12 @@ struct LastSender {
   u32 stamp = 0;
 };
 thread_local LastSender t_lastSender;
+
+/// Notes whose message the calling thread is going to handle, if any.
+void Remember(const Message* message) {
+  t_lastSender = message != nullptr ? LastSender{message->header.sender, message->header.senderStamp} : LastSender{};
+  hwapi::qis::HandlingMessageFrom(t_lastSender.sender, message == nullptr || message->header.foreign == 0);
+}
 
 /// A service may come back as another registration, and then gets what is sent to it; a client does not.
 bool IsOfAClient(TAaSysComSicad address) { return (address & 0xFFFFu) >= hwapi::qis::kFirstFreeTask; }
@@ -113,7 +120,7 @@ QIS_EXPORT void* AaSysComMsgReceive(u32 timeoutUs, const u16* filter) {
   const std::int64_t waitNs =
       timeoutUs == AASYSCOM_NO_TIMEOUT ? -1 : hwapi::qis::Clock::Own().RealNsOf(std::uint64_t{timeoutUs});
   MessagePtr message = inbox->Receive(waitNs, filter);
-  t_lastSender = message ? LastSender{message->header.sender, message->header.senderStamp} : LastSender{};
+  Remember(message.get());
   return message.release();
 }
 

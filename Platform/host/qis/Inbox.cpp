@@ -214,6 +214,7 @@ MessagePtr Inbox::Take(Channel& channel, ssize_t size, const u16* filter) {
     m_losses.Lost(EAaSysComCounter_QueueFull, 1, "memory is short");
     return nullptr;
   }
+  message->header.foreign = 1;
   if (channel.IsDiscarded() || !channel.Fits(*message)) {
     Count(EAaSysComCounter_Unexpected);
     return nullptr;

@@ -33,7 +33,7 @@ MessagePtr CreateMessage(u32 id, u32 size, TAaSysComSicad receiver) {
                        .size = size,
                        .stamp = 0,
                        .senderStamp = 0,
-                       .unused = 0};
+                       .foreign = 0};
     std::memset(message->Payload(), 0, size);
   }
   return message;

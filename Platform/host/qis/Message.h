@@ -27,7 +27,7 @@ struct WireHeader {
   u32 size;         ///< payload bytes
   u32 stamp;        ///< registration that the message is for; 0: whoever serves the receiver's address
   u32 senderStamp;  ///< registration of the sender; 0 when it is not known
-  u32 unused;       ///< 0; keeps the payload aligned
+  u32 foreign;      ///< 0 on the wire; 1 in a received message that another process sent
 };
 static_assert(sizeof(WireHeader) == 32 && sizeof(WireHeader) % 8 == 0, "the payload is aligned for every record");
 

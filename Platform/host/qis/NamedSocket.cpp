@@ -1,6 +1,7 @@
 #include "NamedSocket.h"
 
 #include "LockedFile.h"
+#include "SharedFile.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -33,7 +34,7 @@ sockaddr_un AddressOf(const RunFolder& folder, const std::string& name) {
 Fd NewSocket() { return Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)); }
 
 pid_t ReadPid(const RunFolder& folder, const std::string& name) {
-  const Fd file(::openat(folder.Get(), LockNameOf(name).c_str(), O_RDONLY | O_CLOEXEC));
+  const Fd file = OpenSharedFile(folder.Get(), LockNameOf(name).c_str(), O_RDONLY);
   std::array<char, 16> text{};
   const ssize_t size = ::pread(file.Get(), text.data(), text.size() - 1, 0);
   return size > 0 ? static_cast<pid_t>(std::strtol(text.data(), nullptr, 10)) : 0;
@@ -73,7 +74,11 @@ int NamedSocket::Listen() {
   if (!m_listener) {
     return errno;
   }
-  ::unlinkat(m_folder->Get(), m_name.c_str(), 0);  // what a dead process left
+  // What a dead process left goes; a folder stays.
+  if (::unlinkat(m_folder->Get(), m_name.c_str(), 0) != 0 && errno == EISDIR) {
+    ReportIfNot(S_IFSOCK, m_folder->Get(), m_name.c_str());
+    return EISDIR;
+  }
   const sockaddr_un address = AddressOf(*m_folder, m_name);
   if (::bind(m_listener.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     return errno;
@@ -103,8 +108,11 @@ Fd ConnectTo(const RunFolder& folder, const std::string& name) {
   Fd connection = NewSocket();
   const sockaddr_un address = AddressOf(folder, name);
   if (connection && ::connect(connection.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    const int error = errno;
+    int error = errno;
     connection.Reset();
+    if (error == ECONNREFUSED && ReportIfNot(S_IFSOCK, folder.Get(), name.c_str())) {
+      error = ENOTSOCK;
+    }
     errno = error;
   }
   return connection;

@@ -1,6 +1,7 @@
 #include "Tasks.h"
 
 #include "AaSysLog.h"
+#include "Endpoints.h"
 
 #include <sys/random.h>
 #include <time.h>
@@ -188,6 +189,7 @@ void Tasks::Deregister(u32 task) {
     removed = std::move(found.mapped());
     std::erase(m_eus[removed->Eu()].tasks, removed->Sicad());
   }
+  EndpointGivenBack(removed->Sicad());
   removed->Close();
   if (removed->Eu() != AaProEuCurrent()) {
     removed->GetInbox().Wake();  // a receive of an execution unit without a task ends

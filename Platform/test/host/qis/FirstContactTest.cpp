@@ -149,7 +149,7 @@ class FirstContact : public ::testing::Test {
                                   .size = 0,
                                   .stamp = 0,
                                   .senderStamp = 0,
-                                  .unused = 0};
+                                  .foreign = 0};
 };
 
 TEST_F(FirstContact, PassesAChannelToASenderThatIsAllowed) {

@@ -1,4 +1,5 @@
 // Messages between processes.
+#include "AaSysLog.h"
 #include "AaSysTime.h"
 #include "Support.h"
 
@@ -172,6 +173,31 @@ TEST(Messages, OfTheLargestSizeArriveWhole) {
   const auto* const bytes = static_cast<const u8*>(AaSysComMsgGetPayload(message));
   EXPECT_EQ(std::vector<u8>(bytes, bytes + AASYSCOM_MAX_PAYLOAD), std::vector<u8>(AASYSCOM_MAX_PAYLOAD, 0x5A));
   AaSysComMsgDestroy(&message);
+}
+
+TEST(Messages, OfAnotherProcessCauseALimitedNumberOfLinesAndOwnOnesDoNot) {
+  constexpr unsigned kMoreThanAnyLimit = 300;
+  const Board board;
+  const Event ready;
+  Peer sender([&] {
+    ready.Await();
+    SendNumber(AddressOf(kServer), 1, 0);
+  });
+  const ErrorOutput output;
+  const TAaSysComSicad self = Serve(kServer);
+  ready.Happened();
+  const auto handle = [](const char* line) {
+    void* const message = AaSysComMsgReceive(kLongUs, nullptr);
+    ASSERT_NE(message, nullptr);
+    for (unsigned i = 0; i < kMoreThanAnyLimit; ++i) AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 7, "%s", line);
+    void* handled = message;
+    AaSysComMsgDestroy(&handled);
+  };
+  handle("caused by another process");
+  EXPECT_LT(Occurrences(output.Text(), "caused by another process"), kMoreThanAnyLimit);
+  SendNumber(self, 1, 0);
+  handle("caused by this process");
+  EXPECT_EQ(Occurrences(output.Text(), "caused by this process"), kMoreThanAnyLimit);
 }
 
 TEST(Messages, AreFollowedByZeroedSlack) {

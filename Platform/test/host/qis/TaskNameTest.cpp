@@ -2,6 +2,7 @@
 #include "Support.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -117,6 +118,32 @@ TEST(TaskName, CannotBeAnnouncedWithoutARunDirectory) {
   const ErrorOutput output;
   EXPECT_EQ(AaSysComUserRegister(kServer, AaProEuCurrent()), 0u);
   EXPECT_EQ(Occurrences(output.Text(), "Cannot open the folder /proc/nowhere/com"), 1u);
+}
+
+TEST(TaskName, AFolderInThePlaceOfItsSocketIsReportedToWhoServesTheTask) {
+  const Board board;
+  const ErrorOutput output;
+  std::filesystem::create_directories(board.Run() + "/com/0102-04AD");
+  EXPECT_EQ(Serve(kServer), 0u);
+  EXPECT_EQ(Occurrences(output.Text(), "com/0102-04AD is a folder, not a socket"), 1u) << output.Text();
+}
+
+TEST(TaskName, AFolderInThePlaceOfItsSocketIsReportedToWhoSends) {
+  const Board board;
+  const ErrorOutput output;
+  std::filesystem::create_directories(board.Run() + "/com/0102-04AD");
+  SendNumber(AddressOf(kServer), 1, 0);
+  EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_NoReceiver), 1u);
+  EXPECT_EQ(Occurrences(output.Text(), "com/0102-04AD is a folder, not a socket"), 1u) << output.Text();
+}
+
+TEST(TaskName, AFifoInThePlaceOfItsLockDoesNotHangTheRegistration) {
+  const Board board;
+  const ErrorOutput output;
+  std::filesystem::create_directories(board.Run() + "/com");
+  ASSERT_EQ(::mkfifo((board.Run() + "/com/0102-04AD.lock").c_str(), 0600), 0);
+  EXPECT_EQ(Serve(kServer), 0u);
+  EXPECT_EQ(Occurrences(output.Text(), "com/0102-04AD.lock is a FIFO, not a file"), 1u) << output.Text();
 }
 
 }  // namespace
