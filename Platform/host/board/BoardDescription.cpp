@@ -1,6 +1,7 @@
 #include "BoardDescription.h"
 
 #include "DescriptionReader.h"
+#include "FileKind.h"
 #include "Problems.h"
 #include "TomlTree.h"
 
@@ -20,31 +21,28 @@ namespace {
 
 constexpr const char kSystemDescription[] = "/etc/hwapi/board.toml";
 
-[[noreturn]] void RefuseFile(const std::string& path, const std::string& reason) {
-  throw DescriptionError(path + ": cannot be read: " + reason +
+[[noreturn]] void RefuseFile(const std::string& path, const std::string& why) {
+  throw DescriptionError(path + ": cannot be read: " + why +
                          "; name a readable board description in HWAPI_BOARD or with --board");
 }
 
-[[noreturn]] void RefuseFile(const std::string& path, int error) { RefuseFile(path, std::strerror(error)); }
-
-/// Opens a description without waiting: a FIFO would wait for its writer.
-int Open(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  struct stat status {};
-  if (fd < 0 || fstat(fd, &status) != 0) RefuseFile(path, errno);
-  if (S_ISREG(status.st_mode)) return fd;
+/// Opens a file for reading, whoever made it: a pipe or a device keeps nobody waiting.
+int OpenFile(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (fd < 0) RefuseFile(path, std::strerror(errno));
+  struct stat file {};
+  if (fstat(fd, &file) == 0 && S_ISREG(file.st_mode)) return fd;
   close(fd);
-  if (S_ISDIR(status.st_mode)) RefuseFile(path, EISDIR);
-  RefuseFile(path, S_ISFIFO(status.st_mode) ? "it is a FIFO, not a file" : "it is a device, not a file");
+  RefuseFile(path, "it is " + KindOfFile(file.st_mode));
 }
 
 std::string Contents(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fdopen(Open(path), "r"), std::fclose);
-  if (file == nullptr) RefuseFile(path, errno);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fdopen(OpenFile(path), "r"), std::fclose);
+  if (file == nullptr) RefuseFile(path, std::strerror(errno));
   std::string contents;
   char part[4096];
   while (const std::size_t size = std::fread(part, 1, sizeof part, file.get())) contents.append(part, size);
-  if (std::ferror(file.get()) != 0) RefuseFile(path, errno);
+  if (std::ferror(file.get()) != 0) RefuseFile(path, std::strerror(errno));
   return contents;
 }
 

@@ -44,11 +44,15 @@ struct Access {
   std::vector<std::string> store;  ///< absolute paths of folders whose files may be copied; none: those of every folder
 };
 
+/// How long a chip of the kernel has to answer, unless the description says otherwise.
+inline constexpr u32 kUsualDeadlineMs = 100;
+
 /// A temperature attribute of the kernel.
 struct HwmonTemperature {
   std::string chip;   ///< contents of the chip's `name`
   std::string at;     ///< last part of its device path, e.g. "3-0048"; empty: the only chip of that name
   std::string input;  ///< "temp1", or the contents of a `temp*_label`
+  u32 deadlineMs = kUsualDeadlineMs;  ///< of each read
 };
 
 /// A simulated temperature, in degrees Celsius.
@@ -71,10 +75,11 @@ struct Temperature {
 
 /// A fan of the kernel.
 struct HwmonFan {
-  std::string chip;  ///< as in HwmonTemperature
-  std::string at;    ///< as in HwmonTemperature
-  std::string fan;   ///< e.g. "fan1"
-  std::string pwm;   ///< e.g. "pwm1"
+  std::string chip;                   ///< as in HwmonTemperature
+  std::string at;                     ///< as in HwmonTemperature
+  std::string fan;                    ///< e.g. "fan1"
+  std::string pwm;                    ///< e.g. "pwm1"
+  u32 deadlineMs = kUsualDeadlineMs;  ///< of each read and write
 };
 
 /// A simulated fan.

@@ -11,6 +11,7 @@ using Kind = TomlValue::Kind;
 constexpr double kHottest = 1000;     // degrees Celsius
 constexpr double kColdest = -273.15;  // degrees Celsius
 constexpr double kLongest = 3600;     // seconds
+constexpr u32 kLongestDeadlineMs = 10'000;
 constexpr u32 kFans = 16;
 constexpr u32 kRfParts = 3;
 
@@ -41,6 +42,10 @@ std::string PathPart(TableReader& table, std::string_view key, std::string_view 
 
 std::string Optional(TableReader& table, std::string_view key) { return table.Text(key).value_or(std::string()); }
 
+u32 Deadline(TableReader& table) {
+  return table.Integer<u32>("deadline_ms", 1, kLongestDeadlineMs).value_or(kUsualDeadlineMs);
+}
+
 HwmonTemperature ReadHwmonTemperature(const TomlValue* value, const std::string& place, Problems& problems) {
   TableReader table(value, "hwmon of " + place, problems);
   HwmonTemperature hwmon;
@@ -48,6 +53,7 @@ HwmonTemperature ReadHwmonTemperature(const TomlValue* value, const std::string&
   hwmon.at = Optional(table, "at");
   table.Require("input", "input = \"temp1\"");
   hwmon.input = Optional(table, "input");
+  hwmon.deadlineMs = Deadline(table);
   return hwmon;
 }
 
@@ -71,6 +77,7 @@ HwmonFan ReadHwmonFan(const TomlValue* value, const std::string& place, Problems
   hwmon.at = Optional(table, "at");
   hwmon.fan = PathPart(table, "fan", "fan = \"fan1\"");
   hwmon.pwm = PathPart(table, "pwm", "pwm = \"pwm1\"");
+  hwmon.deadlineMs = Deadline(table);
   if (!hwmon.fan.empty() && !Numbered(hwmon.fan, "fan")) table.Reject("fan", "must be \"fan1\", \"fan2\", ...");
   if (!hwmon.pwm.empty() && !Numbered(hwmon.pwm, "pwm")) table.Reject("pwm", "must be \"pwm1\", \"pwm2\", ...");
   return hwmon;

@@ -108,6 +108,7 @@ TEST_F(BoardDescriptionTest, ASensorOnAChipIsRead) {
   EXPECT_EQ(hwmon.chip, "lm75");
   EXPECT_EQ(hwmon.at, "3-0048");
   EXPECT_EQ(hwmon.input, "temp1");
+  EXPECT_EQ(hwmon.deadlineMs, 100u);
 }
 
 TEST_F(BoardDescriptionTest, ASimulatedSensorIsRead) {
@@ -121,12 +122,13 @@ TEST_F(BoardDescriptionTest, ASimulatedSensorIsRead) {
 }
 
 TEST_F(BoardDescriptionTest, FansAreRead) {
-  const auto fans =
-      Read(
-          "[[fan]]\nid = 0\nhwmon = { chip = 'c', fan = 'fan1', pwm = 'pwm2' }\n[[fan]]\nid = 1\nsim = { max_rpm = 7 }")
-          .fans;
+  const auto fans = Read(
+                        "[[fan]]\nid = 0\nhwmon = { chip = 'c', fan = 'fan1', pwm = 'pwm2', deadline_ms = 250 "
+                        "}\n[[fan]]\nid = 1\nsim = { max_rpm = 7 }")
+                        .fans;
   ASSERT_EQ(fans.size(), 2u);
   EXPECT_EQ(std::get<HwmonFan>(fans[0].source).pwm, "pwm2");
+  EXPECT_EQ(std::get<HwmonFan>(fans[0].source).deadlineMs, 250u);
   EXPECT_EQ(std::get<SimFan>(fans[1].source).maxRpm, 7u);
 }
 

@@ -1,0 +1,30 @@
+/// @file
+/// What a file is, for people.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+namespace hwapi::board {
+
+/// @param mode as stat tells it
+/// @return e.g. "a pipe"
+inline std::string KindOfFile(mode_t mode) {
+  switch (mode & S_IFMT) {
+    case S_IFREG:
+      return "a file";
+    case S_IFDIR:
+      return "a folder";
+    case S_IFIFO:
+      return "a pipe";
+    case S_IFSOCK:
+      return "a socket";
+    case S_IFLNK:
+      return "a link";
+    default:
+      return "a device";
+  }
+}
+
+}  // namespace hwapi::board
