@@ -8,7 +8,7 @@ namespace {
 constexpr i32 kUsualHertz = 25000;
 
 bool AddTemperature(SimRegisters& registers, u32 device, const board::SimTemperature& sim) {
-  if (FindTemperature(registers, device) != nullptr) return true;
+  if (FindTemperature(registers, device)) return true;
   const u32 count = registers.temperatureCount;
   if (count >= kSimTemperatures) return false;
   registers.temperatures[count].device = device;
@@ -51,11 +51,11 @@ bool AddDevices(SimRegisters& registers, const board::BoardDescription& descript
   return room;
 }
 
-SimTemperatureRegisters* FindTemperature(SimRegisters& registers, u32 device) {
+std::optional<u32> FindTemperature(const SimRegisters& registers, u32 device) {
   for (u32 i = 0; i < registers.temperatureCount && i < kSimTemperatures; ++i) {
-    if (registers.temperatures[i].device == device) return &registers.temperatures[i];
+    if (registers.temperatures[i].device == device) return i;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 }  // namespace hwapi::ddal

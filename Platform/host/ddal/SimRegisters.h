@@ -4,7 +4,7 @@
 
 #include "BoardDescription.h"
 
-#include <atomic>
+#include <optional>
 #include <type_traits>
 
 namespace hwapi::ddal {
@@ -14,9 +14,9 @@ inline constexpr u32 kSimTemperatures = 256;
 inline constexpr u32 kSimFans = 16;
 inline constexpr u32 kSimRfParts = 3;
 
-using Register = std::atomic<u32>;
-using SignedRegister = std::atomic<i32>;
-static_assert(Register::is_always_lock_free && sizeof(Register) == sizeof(u32));
+/// A register is read and written by a system call of its own; aligned as it is, nobody sees half of one.
+using Register = u32;
+using SignedRegister = i32;
 
 /// A temperature sensor.
 struct SimTemperatureRegisters {
@@ -56,11 +56,32 @@ struct SimRegisters {
 };
 static_assert(std::is_standard_layout_v<SimRegisters> && sizeof(SimRegisters) == 4 * (6 + 9 + 6 * 16 + 3 * 256));
 
+/// A part of the file, or one register of it, by its place: the file is not mapped, as anybody who may write it may cut
+/// it, too.
+template <typename Part>
+struct Place {
+  u32 offset;  ///< bytes from the begin
+
+  /// @return the place of a member
+  template <typename Owner, typename Member>
+  requires std::is_same_v<Owner, Part> Place<Member>
+  operator->*(Member Owner::*member) const {
+    static const Part sample{};
+    return {offset + static_cast<u32>(reinterpret_cast<const char*>(&(sample.*member)) -
+                                      reinterpret_cast<const char*>(&sample))};
+  }
+  /// @return the place of a member of an array that begins here
+  Place<std::remove_extent_t<Part>> operator[](u32 index) const {
+    return {offset + index * static_cast<u32>(sizeof(std::remove_extent_t<Part>))};
+  }
+};
+inline constexpr Place<SimRegisters> kSimFile{0};
+
 /// Adds the devices of @p description that are not there yet, with its values. The caller holds the file's lock.
 /// @return whether there was room for all
 bool AddDevices(SimRegisters& registers, const board::BoardDescription& description);
 
-/// @return registers of a sensor; null when it is not there
-SimTemperatureRegisters* FindTemperature(SimRegisters& registers, u32 device);
+/// @return index of a sensor; none when it is not there
+std::optional<u32> FindTemperature(const SimRegisters& registers, u32 device);
 
 }  // namespace hwapi::ddal

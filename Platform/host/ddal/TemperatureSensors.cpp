@@ -8,11 +8,11 @@ namespace hwapi::ddal {
 namespace {
 
 TemperatureSensor MakeSensor(const board::Temperature& description) {
-  TemperatureSensor sensor{description.device, nullptr, nullptr, &description};
+  TemperatureSensor sensor{description.device, nullptr, {}, &description};
   if (const auto* hwmon = std::get_if<board::HwmonTemperature>(&description.source)) {
     sensor.hwmon = std::make_unique<HwmonSensor>(*hwmon);
-  } else if (SimRegisters* registers = SimHardware::Own().Registers()) {
-    sensor.registers = FindTemperature(*registers, description.device);
+  } else {
+    SimHardware::Own().Find(description.device, &sensor.registers);
   }
   return sensor;
 }

@@ -14,8 +14,8 @@ namespace hwapi::ddal {
 /// A sensor on a chip of the kernel, or a simulated one.
 struct TemperatureSensor {
   u32 device;
-  std::unique_ptr<HwmonSensor> hwmon;  ///< null: simulated
-  SimTemperatureRegisters* registers;  ///< null: on a chip, or the simulated hardware cannot be used
+  std::unique_ptr<HwmonSensor> hwmon;        ///< null: simulated
+  Place<SimTemperatureRegisters> registers;  ///< of a simulated one
   const board::Temperature* description;
 };
 

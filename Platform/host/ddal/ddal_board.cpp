@@ -68,28 +68,35 @@ std::optional<i32> MemoryErrors(const char* counter) {
   return sum;
 }
 
+/// Gives what the simulator has set, or what the description tells until it has.
+template <typename Value>
+int GiveSet(ddal::Register ddal::SimRegisters::*isSet, Value ddal::SimRegisters::*set, const std::optional<Value>& told,
+            Value* value) {
+  if (value == nullptr) return DDAL_ERR_INVALID;
+  ddal::SimHardware& hardware = ddal::SimHardware::Own();
+  ddal::Register flag = 0;
+  Value read{};
+  const bool given = hardware.Read(ddal::kSimFile->*isSet, &flag) == DDAL_OK && flag != 0 &&
+                     hardware.Read(ddal::kSimFile->*set, &read) == DDAL_OK;
+  return Give(given ? std::optional(read) : told, value);
+}
+
 }  // namespace
 
 GARDDAL_API int ddal_bp_3hu_backplane_type_get(int* type) { return Give(board::OwnBoard().backplaneType, type); }
 
 GARDDAL_API int ddal_boot_get_linux_active(u32* fileSystem) {
-  if (fileSystem == nullptr) return DDAL_ERR_INVALID;
-  const ddal::SimRegisters* registers = ddal::SimHardware::Own().Registers();
-  if (registers == nullptr || registers->linuxActiveIsSet == 0) return Give(board::OwnBoard().boot.active, fileSystem);
-  *fileSystem = registers->linuxActive;
-  return DDAL_OK;
+  using ddal::SimRegisters;
+  return GiveSet(&SimRegisters::linuxActiveIsSet, &SimRegisters::linuxActive, board::OwnBoard().boot.active,
+                 fileSystem);
 }
 
 GARDDAL_API int ddal_boot_get_linux_id(u32* image) { return Give(board::OwnBoard().boot.image, image); }
 
 GARDDAL_API int ddal_boot_get_reset_loop_count(i32* count) {
-  if (count == nullptr) return DDAL_ERR_INVALID;
-  const ddal::SimRegisters* registers = ddal::SimHardware::Own().Registers();
-  if (registers == nullptr || registers->resetLoopCountIsSet == 0) {
-    return Give(board::OwnBoard().boot.resetLoopCount, count);
-  }
-  *count = registers->resetLoopCount;
-  return DDAL_OK;
+  using ddal::SimRegisters;
+  return GiveSet(&SimRegisters::resetLoopCountIsSet, &SimRegisters::resetLoopCount,
+                 board::OwnBoard().boot.resetLoopCount, count);
 }
 
 GARDDAL_API int ddal_ffs_is_mounted(u32 fileSystem, u32* state) {

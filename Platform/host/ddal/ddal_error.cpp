@@ -47,7 +47,7 @@ std::string NameOf(const board::Temperature& sensor) {
 std::string CheckSensor(const ddal::TemperatureSensor& sensor) {
   if (sensor.description->optional) return {};
   if (sensor.hwmon != nullptr) return sensor.hwmon->Check();
-  return sensor.registers != nullptr ? std::string() : ddal::SimHardware::Own().Problem();
+  return ddal::SimHardware::Own().Problem();
 }
 
 }  // namespace

@@ -11,33 +11,32 @@ namespace {
 
 constexpr u32 kFullControl = 100;  // per cent
 
-/// Finds the registers of a simulated fan that runs.
-/// @return null and the driver error code in *error when there are none
-SimFanRegisters* RunningFan(ddal_fan_id_t id, int* error) {
-  SimFanRegisters* fan = FindSimFan(id, error);
-  if (fan == nullptr || RunningRegisters(error) == nullptr) return nullptr;
-  return fan;
+/// Reads the registers of a simulated fan that runs. @return 0, or a driver error code
+int ReadRunningFan(ddal_fan_id_t id, Place<SimFanRegisters>* place, SimFanRegisters* fan) {
+  if (const int error = FindSimFan(id, place)) return error;
+  if (const int error = ErrorUnlessRunning()) return error;
+  if (const int error = SimHardware::Own().Read(*place, fan)) return error;
+  return fan->present != 0 ? DDAL_OK : SimHardware::Own().Repair();
 }
 
 int ReadFan(ddal_fan_id_t id, int (HwmonFan::*read)(int*), SignedRegister SimFanRegisters::*which, int* value) {
   if (value == nullptr) return DDAL_ERR_INVALID;
   if (HwmonFan* chip = FindChipFan(id)) return (chip->*read)(value);
-  int error = DDAL_OK;
-  const SimFanRegisters* fan = RunningFan(id, &error);
-  if (fan == nullptr) return error;
-  if (const int failure = fan->readFailure) return failure;
-  *value = fan->*which;
+  Place<SimFanRegisters> place{};
+  SimFanRegisters fan{};
+  if (const int error = ReadRunningFan(id, &place, &fan)) return error;
+  if (fan.readFailure != 0) return fan.readFailure;
+  *value = fan.*which;
   return DDAL_OK;
 }
 
 int WriteFan(ddal_fan_id_t id, SignedRegister SimFanRegisters::*which, int value, bool valid) {
-  int error = DDAL_OK;
-  SimFanRegisters* fan = RunningFan(id, &error);
-  if (fan == nullptr) return error;
+  Place<SimFanRegisters> place{};
+  SimFanRegisters fan{};
+  if (const int error = ReadRunningFan(id, &place, &fan)) return error;
   if (!valid) return DDAL_ERR_INVALID;
-  if (const int failure = fan->writeFailure) return failure;
-  fan->*which = value;
-  return DDAL_OK;
+  if (fan.writeFailure != 0) return fan.writeFailure;
+  return SimHardware::Own().Write(place->*which, value);
 }
 
 }  // namespace

@@ -11,10 +11,11 @@ namespace {
 int ReadRf(u32 index, Register SimRfRegisters::*which, u32* value) {
   if (value == nullptr) return DDAL_ERR_INVALID;
   if (index >= kSimRfParts) return DDAL_ERR_NO_DEVICE;
-  int error = DDAL_OK;
-  const SimRegisters* registers = RunningRegisters(&error);
-  if (registers == nullptr) return error;
-  *value = registers->rf[index].*which;
+  if (const int error = ErrorUnlessRunning()) return error;
+  SimRfRegisters part{};
+  if (const int error = SimHardware::Own().Read((kSimFile->*&SimRegisters::rf)[index], &part)) return error;
+  if (part.present == 0) return SimHardware::Own().Repair();
+  *value = part.*which;
   return DDAL_OK;
 }
 

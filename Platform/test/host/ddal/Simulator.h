@@ -32,6 +32,8 @@ class Simulator {
 
   /// @return whether the work succeeded
   bool Up() const { return m_up; }
+  /// @return whether the process has not died meanwhile
+  bool Alive() const { return m_pid > 0 && waitpid(m_pid, nullptr, WNOHANG) == 0; }
   /// Ends the process without any chance to tidy up, and waits until it is gone.
   void Kill() {
     if (m_pid <= 0) return;
