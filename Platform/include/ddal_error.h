@@ -15,6 +15,8 @@ enum EDdalError : int {
   DDAL_ERR_NOT_RUNNING = -5,    ///< simulated hardware that nobody simulates
   DDAL_ERR_CONFIG = -6,         ///< the board description does not fit the machine
   DDAL_ERR_BUSY = -7,           ///< another process has the device
+  DDAL_ERR_TIMEOUT = -8,        ///< the device did not answer before its deadline
+  DDAL_ERR_PENDING = -9,        ///< the device has not yet answered an earlier call that was given up
   DDAL_ERR_NOT_PLAUSIBLE = -1001,
   DDAL_ERR_RF_ASIC_OFF = -1004
 };

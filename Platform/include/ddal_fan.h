@@ -10,8 +10,9 @@ using ddal_fan_id_t = u32;
 extern "C" {
 
 // Every function: DDAL_ERR_NO_DEVICE: the board has no such fan, or its chip is not there just now (each call looks
-// for it again); DDAL_ERR_IO: the chip did not answer; DDAL_ERR_NOT_RUNNING: nobody simulates a simulated fan; and for
-// the reads DDAL_ERR_INVALID: the output is null.
+// for it again); DDAL_ERR_IO: the chip answered with an error; DDAL_ERR_TIMEOUT: it did not answer before the
+// deadline of the board description, and DDAL_ERR_PENDING: it still has not; DDAL_ERR_NOT_RUNNING: nobody simulates a
+// simulated fan; and for the reads DDAL_ERR_INVALID: the output is null.
 //
 // Every fan that was changed is handed back as it was found when the process ends. DDAL_ERR_IO is thus also the answer
 // to a change that could not be undone, and DDAL_ERR_BUSY to one while another process has the fans; both leave the fan

@@ -4,7 +4,7 @@ PACKAGES=build/release/packages
 
 # Builds them into $PACKAGES.
 make_packages() {
-  build release CLM clmctl boardsim
+  build release CLM clm-fans-restore clmctl boardsim
   begin "packages"
   rm -rf $PACKAGES
   (cd build/release && cpack -G DEB >../packages.log) || { cat build/packages.log >&2; fail "packaging failed"; }

@@ -1,5 +1,7 @@
 #include "Attribute.h"
 
+#include "ddal_error.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -8,10 +10,10 @@ namespace hwapi::ddal {
 ReadResult Attribute::Read(int* number) const {
   if (m_absent) return ReadResult::Absent;
   const int fd = Get();
-  return fd >= 0 ? ReadNumber(fd, number) : ReadResult::Gone;
+  return fd >= 0 ? ReadNumber(m_thread, fd, m_deadline, number) : ReadResult::Gone;
 }
 
-int Attribute::Write(int number) const { return WriteNumber(Get(), number); }
+int Attribute::Write(int number) const { return WriteNumber(m_thread, Get(), m_deadline, number); }
 
 bool Attribute::Place(Descriptor fd) {
   if (!fd.Open()) {
@@ -29,5 +31,22 @@ bool Attribute::Place(Descriptor fd) {
 }
 
 bool Attribute::Writable() const { return Exists() && (fcntl(Get(), F_GETFL) & O_ACCMODE) == O_RDWR; }
+
+int ErrorOfRead(ReadResult result) {
+  switch (result) {
+    case ReadResult::Ok:
+      return DDAL_OK;
+    case ReadResult::Absent:
+      return DDAL_ERR_NOT_SUPPORTED;
+    case ReadResult::Late:
+      return DDAL_ERR_TIMEOUT;
+    case ReadResult::Busy:
+      return DDAL_ERR_PENDING;
+    case ReadResult::Gone:
+    case ReadResult::Failed:
+      break;
+  }
+  return DDAL_ERR_IO;
+}
 
 }  // namespace hwapi::ddal

@@ -3,13 +3,11 @@
 #include "AaSysLog.h"
 #include "BoardDescription.h"
 #include "FanGuardProcess.h"
+#include "FanRestore.h"
 #include "ddal_error.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/file.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,7 +15,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <thread>
+#include <string>
 #include <utility>
 
 namespace hwapi::ddal {
@@ -25,7 +23,8 @@ namespace {
 
 constexpr u32 kDriverFeature = 2;  // id of the drivers' own log lines
 constexpr int kHandBackMs = 2000;
-constexpr std::chrono::milliseconds kLockPoll{10};
+/// For changes that are under way at the end of the process: longer than most chips may take for one.
+constexpr std::chrono::milliseconds kChangesEnd{500};
 
 int Refuse(const char* what, const char* why) {
   AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kDriverFeature,
@@ -64,26 +63,23 @@ void FanGuard::Reap() {
 
 int FanGuard::TakeLock() {
   if (m_lock.Open()) return DDAL_OK;
-  const std::string path = board::RunDirectory() + "/fans.lock";
-  mkdir(board::RunDirectory().c_str(), 0755);
-  Descriptor lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
-  if (!lock.Open()) return Refuse(path.c_str(), std::strerror(errno));
-  const auto deadline = std::chrono::steady_clock::now() + m_patience;
-  while (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
-    if (errno == EINTR) continue;
-    if (errno != EWOULDBLOCK) return Refuse(path.c_str(), std::strerror(errno));
-    if (std::chrono::steady_clock::now() >= deadline) {
-      m_patience = {};  // who has the fans now is no process that is about to end
-      Refuse(path.c_str(), "another process has the fans; end it first");
-      return DDAL_ERR_BUSY;
-    }
-    std::this_thread::sleep_for(kLockPoll);
+  std::string why;
+  m_lock = LockFans(m_patience, &why);
+  if (m_lock.Open()) {
+    RestoreFans([](const std::string& line) {
+      AaSysLogPrintE(EAaSysLogSeverityLevel_Warning, kDriverFeature, "On record: %s", line.c_str());
+    });
+    return DDAL_OK;
   }
-  m_lock = std::move(lock);
-  return DDAL_OK;
+  const std::string path = board::RunDirectory() + "/fans.lock";
+  if (!why.empty()) return Refuse(path.c_str(), why.c_str());
+  m_patience = {};  // who has the fans now is no process that is about to end
+  Refuse(path.c_str(), "another process has the fans; end it first");
+  return DDAL_ERR_BUSY;
 }
 
 bool FanGuard::Fork() {
+  const std::string run = board::RunDirectory();
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) return false;
   m_socket = Descriptor(ends[0]);
@@ -93,7 +89,7 @@ bool FanGuard::Fork() {
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
   m_guard = fork();
-  if (m_guard == 0) RunFanGuard(guards.Get(), m_lock.Get());
+  if (m_guard == 0) RunFanGuard(guards.Get(), m_lock.Get(), run.c_str());
   const int error = errno;
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   errno = error;
@@ -102,6 +98,7 @@ bool FanGuard::Fork() {
 }
 
 int FanGuard::Start() {
+  const std::lock_guard lock(m_mutex);
   if (m_ended) return DDAL_ERR_BUSY;
   if (m_socket.Open()) {
     if (!Lost()) return DDAL_OK;
@@ -120,20 +117,25 @@ int FanGuard::Start() {
   return DDAL_OK;
 }
 
-int FanGuard::Keep(const FanRecord& record, const FanDescriptors& attributes) {
-  const Kept fan{record, attributes};
+int FanGuard::Keep(const FanNote& note, const FanDescriptors& attributes) {
+  const std::lock_guard lock(m_mutex);
+  if (m_ended) return DDAL_ERR_BUSY;
+  Kept fan{note, attributes};
+  const auto same =
+      std::find_if(m_kept.begin(), m_kept.end(), [&](auto& k) { return k.note.record.fan == note.record.fan; });
+  fan.note.record.turn = static_cast<u32>(same - m_kept.begin());
+  if (const int error = WriteNote(fan.note)) return Refuse("it cannot be put on record", std::strerror(error));
   if (!Send(fan)) return Refuse("the fan guard does not answer", std::strerror(errno));
-  const auto same = std::find_if(m_kept.begin(), m_kept.end(), [&](auto& k) { return k.record.fan == record.fan; });
   if (same != m_kept.end()) {
-    *same = fan;
+    *same = std::move(fan);
   } else {
-    m_kept.push_back(fan);
+    m_kept.push_back(std::move(fan));
   }
   return DDAL_OK;
 }
 
 bool FanGuard::Send(const Kept& fan) const {
-  FanRecord record = fan.record;
+  FanRecord record = fan.note.record;
   FanDescriptors passed{};
   std::size_t count = 0;
   for (std::size_t attribute = 0; attribute < kFanAttributes; ++attribute) {
@@ -154,10 +156,24 @@ bool FanGuard::Send(const Kept& fan) const {
   return sendmsg(m_socket.Get(), &message, MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(sizeof record);
 }
 
+FanGuard::Change::Change() {
+  FanGuard& guard = Own();
+  const std::lock_guard lock(guard.m_mutex);
+  m_allowed = !guard.m_ended;
+  if (m_allowed) ++guard.m_changes;
+}
+
+FanGuard::Change::~Change() {
+  FanGuard& guard = Own();
+  const std::lock_guard lock(guard.m_mutex);
+  if (m_allowed && --guard.m_changes == 0) guard.m_changed.notify_all();
+}
+
 void FanGuard::End() {
   if (m_owner != getpid()) return;
-  const std::lock_guard lock(m_mutex);
+  std::unique_lock lock(m_mutex);
   m_ended = true;
+  m_changed.wait_for(lock, kChangesEnd, [this] { return m_changes == 0; });
   if (!m_socket.Open()) return;
   shutdown(m_socket.Get(), SHUT_WR);
   if (WaitForEnd(m_socket.Get(), kHandBackMs)) Reap();

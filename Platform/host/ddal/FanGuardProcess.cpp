@@ -1,22 +1,25 @@
 #include "FanGuardProcess.h"
 
-#include "FanRecord.h"
+#include "FanNote.h"
 #include "Sysfs.h"
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstring>
+#include <ctime>
 
 namespace hwapi::ddal {
 namespace {
 
-constexpr std::size_t kMostFans = 16;
+constexpr int kHelpersSeconds = 1;  // less than the process waits for its guard
 
 /// A fan to hand back.
 struct KeptFan {
@@ -26,7 +29,7 @@ struct KeptFan {
 
 /// The fans in the order in which they were first changed.
 struct KeptFans {
-  KeptFan fans[kMostFans];
+  KeptFan fans[kMaxFans];
   std::size_t count;
 };
 
@@ -62,7 +65,7 @@ void Keep(KeptFans& kept, const KeptFan& fan) {
     kept.fans[i] = fan;
     return;
   }
-  if (kept.count < kMostFans) kept.fans[kept.count++] = fan;
+  if (kept.count < kMaxFans) kept.fans[kept.count++] = fan;
 }
 
 /// Takes the descriptors that came with a record.
@@ -98,35 +101,89 @@ bool Receive(int socket, KeptFan& fan) {
   return true;
 }
 
-void WriteBack(const KeptFan& fan, FanAttribute attribute) {
-  if (fan.attributes[attribute] >= 0) WriteNumber(fan.attributes[attribute], fan.record.found[attribute]);
+/// Hands back the fans of one chip, and takes them off the record.
+void HandChipBack(const KeptFans& kept, u32 chip) {
+  // Backwards: where two fans share an output, what was found first is what remains.
+  for (std::size_t i = kept.count; i-- > 0;) {
+    const KeptFan& fan = kept.fans[i];
+    if (fan.record.chip != chip) continue;
+    const bool taken = HandBack(fan.record, [&fan](FanAttribute attribute, i32 value) {
+      const int fd = fan.attributes[attribute];
+      return fd >= 0 ? WriteNumberHere(fd, value) : 0;
+    });
+    if (taken) unlink(NameOfNote(fan.record.fan).data());
+  }
 }
 
-/// Writes back what was found. A chip that is gone has nothing to be handed back: its writes fail.
-void HandBack(const KeptFan& fan) {
-  const int mode = fan.attributes[kFanMode];
-  if (fan.record.changesControl != 0 && mode >= 0) WriteNumber(mode, kManualMode);
-  if (fan.record.changesFrequency != 0) WriteBack(fan, kFanFrequency);
-  if (fan.record.changesControl == 0) return;
-  WriteBack(fan, kFanControl);
-  if (mode < 0 || fan.record.found[kFanMode] == kManualMode) return;
-  // For some drivers a target is also the order to keep it, hence after the value, and before the mode, which decides.
-  if (fan.record.found[kFanTarget] > 0) WriteBack(fan, kFanTarget);
-  WriteBack(fan, kFanMode);
+/// The processes that hand back a chip each.
+struct Helpers {
+  pid_t pids[kMaxFans];
+  std::size_t count;
+};
+
+/// Has a chip handed back by a process of its own: nobody can end a thread that the kernel holds in a driver. It lets
+/// go of socket and lock, so that a chip that hangs keeps neither.
+void StartHelper(Helpers& helpers, const KeptFans& kept, u32 chip, int socket, int lock) {
+  const pid_t pid = _Fork();
+  if (pid < 0) return HandChipBack(kept, chip);
+  if (pid > 0) {
+    helpers.pids[helpers.count++] = pid;
+    return;
+  }
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  close(socket);
+  close(lock);
+  HandChipBack(kept, chip);
+  _exit(0);
+}
+
+/// Waits until all have ended, but not for ever.
+void AwaitHelpers(Helpers& helpers) {
+  sigset_t ends;
+  sigemptyset(&ends);
+  sigaddset(&ends, SIGCHLD);
+  timespec deadline{};
+  clock_gettime(CLOCK_MONOTONIC, &deadline);
+  deadline.tv_sec += kHelpersSeconds;
+  for (;;) {
+    std::size_t left = 0;
+    for (std::size_t i = 0; i < helpers.count; ++i) {
+      if (waitpid(helpers.pids[i], nullptr, WNOHANG) == 0) helpers.pids[left++] = helpers.pids[i];
+    }
+    helpers.count = left;
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    if (left == 0 || now.tv_sec > deadline.tv_sec || (now.tv_sec == deadline.tv_sec && now.tv_nsec >= deadline.tv_nsec))
+      break;
+    constexpr timespec kPart{.tv_sec = 0, .tv_nsec = 50'000'000};  // of a signal that is merged into another one
+    sigtimedwait(&ends, nullptr, &kPart);
+  }
+  for (std::size_t i = 0; i < helpers.count; ++i) kill(helpers.pids[i], SIGKILL);
+}
+
+void HandAllBack(const KeptFans& kept, int socket, int lock) {
+  Helpers helpers{};
+  for (std::size_t i = 0; i < kept.count; ++i) {
+    const u32 chip = kept.fans[i].record.chip;
+    bool first = true;
+    for (std::size_t before = 0; before < i; ++before) first = first && kept.fans[before].record.chip != chip;
+    if (first) StartHelper(helpers, kept, chip, socket, lock);
+  }
+  AwaitHelpers(helpers);
 }
 
 }  // namespace
 
-void RunFanGuard(int socket, int lock) {
+void RunFanGuard(int socket, int lock, const char* run) {
   setsid();
   CloseAllBut(socket, lock);
-  [[maybe_unused]] const int moved = chdir("/");  // no mount stays busy for the guard
-  prctl(PR_SET_NAME, "fan-guard");                // whoever sees the name sees a guard that keeps nothing else busy
-  KeptFans kept{};
+  // Where the notes are; the lock keeps that mount busy anyway.
+  [[maybe_unused]] const int moved = chdir(run);
+  prctl(PR_SET_NAME, "fan-guard");  // whoever sees the name sees a guard that keeps nothing else busy
+  static KeptFans kept;
   KeptFan fan{};
   while (Receive(socket, fan)) Keep(kept, fan);
-  // Backwards: where two fans share an output, what was found first is what remains.
-  while (kept.count > 0) HandBack(kept.fans[--kept.count]);
+  HandAllBack(kept, socket, lock);
   _exit(0);
 }
 

@@ -5,6 +5,8 @@
 #include <limits.h>
 #include <unistd.h>
 
+#include <map>
+#include <mutex>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -13,15 +15,6 @@ namespace hwapi::ddal {
 namespace {
 
 std::string ClassFolder() { return SysfsRoot() + "/class/hwmon"; }
-
-/// @return last part of the device path of a hwmon folder, e.g. "3-0048"; "" for a chip without a device
-std::string DeviceName(const std::string& folder) {
-  char target[PATH_MAX];
-  const ssize_t size = readlink((folder + "/device").c_str(), target, sizeof target);
-  if (size <= 0) return {};
-  const std::string_view path(target, static_cast<std::size_t>(size));
-  return std::string(path.substr(path.rfind('/') + 1));
-}
 
 /// @return folders of the chips of that name, and at that device where one is given
 std::vector<std::string> FindChips(const std::string& chip, const std::string& at) {
@@ -60,6 +53,23 @@ std::string ChipProblem(const std::string& chip, const std::string& at, const ch
 }
 
 }  // namespace
+
+DeviceThread& ThreadOfChip(const std::string& chip, const std::string& at) {
+  static auto* const mutex = new std::mutex;
+  static auto* const threads = new std::map<std::pair<std::string, std::string>, DeviceThread*>;
+  const std::lock_guard lock(*mutex);
+  DeviceThread*& thread = (*threads)[{chip, at}];
+  if (thread == nullptr) thread = new DeviceThread("chip");
+  return *thread;
+}
+
+std::string DeviceName(const std::string& folder) {
+  char target[PATH_MAX];
+  const ssize_t size = readlink((folder + "/device").c_str(), target, sizeof target);
+  if (size <= 0) return {};
+  const std::string_view path(target, static_cast<std::size_t>(size));
+  return std::string(path.substr(path.rfind('/') + 1));
+}
 
 std::string Listed(const std::vector<std::string>& names) {
   std::string text;

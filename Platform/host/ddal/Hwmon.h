@@ -4,6 +4,7 @@
 
 #include "BoardDescription.h"
 #include "Descriptor.h"
+#include "DeviceThread.h"
 
 #include <string>
 #include <vector>
@@ -30,6 +31,8 @@ struct FoundFan {
   Descriptor mode{};       ///< for writing too, where the chip allows it; none when the chip has none
   Descriptor frequency{};  ///< likewise
   Descriptor target{};     ///< likewise
+  std::string device{};    ///< of the chip, as DeviceName
+  u32 chip = 0;            ///< the same for fans of one chip
   bool absent = false;     ///< no such chip is bound
   std::string problem{};   ///< as in FoundChip
 
@@ -41,6 +44,20 @@ struct FoundFan {
 /// @param device  what is bound to it, e.g. "sensor"
 /// @param explain whether somebody reads the problem
 FoundChip FindChip(const std::string& chip, const std::string& at, const char* device, bool explain);
+
+/// @return the thread of the chip that a description names so, the same for all that is bound to it; never destroyed
+DeviceThread& ThreadOfChip(const std::string& chip, const std::string& at);
+
+/// @return last part of the device path of a chip's folder, e.g. "3-0048"; "" for a chip without a device
+std::string DeviceName(const std::string& folder);
+
+/// @param binding a board::HwmonTemperature or board::HwmonFan
+/// @return what became of a chip that was late, e.g. "chip "lm75" at 3-0048 did not answer within 100 ms"
+template <typename Binding>
+std::string LateText(const Binding& binding) {
+  return "chip \"" + binding.chip + '"' + (binding.at.empty() ? "" : " at " + binding.at) + " did not answer within " +
+         std::to_string(binding.deadlineMs) + " ms";
+}
 
 /// @return names as a list for people; "none" when there are none
 std::string Listed(const std::vector<std::string>& names);

@@ -4,8 +4,9 @@
 
 #include "Attribute.h"
 #include "BoardDescription.h"
-#include "FanRecord.h"
+#include "FanNote.h"
 
+#include <mutex>
 #include <string>
 
 namespace hwapi::ddal {
@@ -20,7 +21,7 @@ class HwmonFan {
   HwmonFan(const HwmonFan&) = delete;
   HwmonFan& operator=(const HwmonFan&) = delete;
 
-  /// Reads take no lock and one system call while the chip is there.
+  /// Reads take one system call, of the chip's thread, while the chip is there.
   int ReadRpm(int* rpm) { return Read(m_rpm, rpm); }
   int ReadControl(int* percent);
   int ReadFrequency(int* hertz) { return Read(m_frequency, hertz); }
@@ -29,12 +30,13 @@ class HwmonFan {
   int SetFrequency(int hertz);
 
   /// Finds and reads the fan once.
+  /// @param name what the description calls it: a chip that is late is a line of the log, at once
   /// @return "", or what is wrong and what would be right
-  std::string Check();
+  std::string Check(const std::string& name);
 
  private:
   int Read(const Attribute& attribute, int* value);
-  // The following are called with the guard's mutex held.
+  // The following are called with m_changing held.
   int ReadAlone(const Attribute& attribute, int* value);
   /// Places the attributes. @return 0, or a driver error code
   int Find(std::string* problem);
@@ -48,8 +50,10 @@ class HwmonFan {
 
   const board::HwmonFan& m_binding;
   const int m_shownFull;  ///< what the chip's pwm* shows at full speed
+  DeviceThread& m_thread;
   Attribute m_rpm, m_pwm, m_mode, m_frequency, m_target;
-  FanRecord m_found;  ///< as the guard has it
+  std::mutex m_changing;  ///< held while the fan is looked for or changed; before the guard's
+  FanNote m_found;        ///< as the guard has it
 };
 
 }  // namespace hwapi::ddal

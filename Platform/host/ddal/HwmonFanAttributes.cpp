@@ -2,9 +2,9 @@
 #include "Sysfs.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -30,12 +30,13 @@ std::string FansHere(const std::string& folder) {
 Descriptor OpenNeeded(const std::string& folder, const std::string& attribute, int access, const board::HwmonFan& fan,
                       const std::string& name, std::string* problem) {
   const std::string path = folder + '/' + attribute;
-  Descriptor opened(open(path.c_str(), access | O_CLOEXEC));
+  std::string why;
+  Descriptor opened = OpenAttribute(path, access, &why);
   if (opened.Open() || problem == nullptr || !problem->empty()) return opened;
   if (errno == ENOENT) {
     *problem = "chip \"" + fan.chip + "\" has no \"" + name + "\"; it has: " + FansHere(folder);
   } else {
-    *problem = path + " cannot be opened: " + std::strerror(errno) + "; let the service's user " +
+    *problem = path + " cannot be opened: " + why + "; let the service's user " +
                (access == O_RDONLY ? "read it" : "read and write it, or bind the fan to one that can be driven");
   }
   return opened;
@@ -43,8 +44,8 @@ Descriptor OpenNeeded(const std::string& folder, const std::string& attribute, i
 
 /// Opens an attribute that not every chip has, and not every chip lets one change.
 Descriptor OpenWhereThereIsOne(const std::string& path) {
-  Descriptor changeable(open(path.c_str(), O_RDWR | O_CLOEXEC));
-  return changeable.Open() ? std::move(changeable) : Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  Descriptor changeable = OpenAttribute(path, O_RDWR);
+  return changeable.Open() ? std::move(changeable) : OpenAttribute(path, O_RDONLY);
 }
 
 }  // namespace
@@ -56,6 +57,9 @@ FoundFan OpenFan(const board::HwmonFan& fan, bool explain) {
   found.problem = std::move(chip.problem);
   if (found.absent) return found;
   std::string* problem = explain ? &found.problem : nullptr;
+  found.device = DeviceName(chip.folder);
+  struct stat folder {};
+  if (stat(chip.folder.c_str(), &folder) == 0) found.chip = static_cast<u32>(folder.st_ino);
   found.rpm = OpenNeeded(chip.folder, fan.fan + "_input", O_RDONLY, fan, fan.fan, problem);
   found.pwm = OpenNeeded(chip.folder, fan.pwm, O_RDWR, fan, fan.pwm, problem);
   found.mode = OpenWhereThereIsOne(chip.folder + '/' + fan.pwm + "_enable");

@@ -15,16 +15,17 @@ namespace hwapi::ddal {
 class HwmonSensor {
  public:
   /// @param binding outlives the sensor
-  explicit HwmonSensor(const board::HwmonTemperature& binding) : m_binding(binding) {}
+  explicit HwmonSensor(const board::HwmonTemperature& binding);
   HwmonSensor(const HwmonSensor&) = delete;
   HwmonSensor& operator=(const HwmonSensor&) = delete;
 
-  /// Reads thousandths of a degree Celsius. No lock and one system call while the chip is there.
-  /// @return 0, DDAL_ERR_NO_DEVICE (no such chip is bound) or DDAL_ERR_IO
+  /// Reads thousandths of a degree Celsius. One system call, of the chip's thread, while the chip is there.
+  /// @return 0, DDAL_ERR_NO_DEVICE (no such chip is bound), DDAL_ERR_TIMEOUT, DDAL_ERR_PENDING or DDAL_ERR_IO
   int Read(int* thousandths);
   /// Finds and reads the sensor once.
+  /// @param name what the description calls it: a chip that is late is a line of the log, at once
   /// @return "", or what is wrong and what would be right
-  std::string Check();
+  std::string Check(const std::string& name);
 
  private:
   /// Places the attribute. @return 0, or a driver error code

@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -58,9 +56,10 @@ FoundAttribute OpenTemperature(const board::HwmonTemperature& sensor, bool expla
     }
     return found;
   }
-  found.attribute = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  std::string why;
+  found.attribute = OpenAttribute(path, O_RDONLY, &why);
   if (!found.attribute.Open() && explain) {
-    found.problem = path + " cannot be opened: " + std::strerror(errno) + "; let the service's user read it";
+    found.problem = path + " cannot be opened: " + why + "; let the service's user read it";
   }
   return found;
 }

@@ -1,16 +1,23 @@
 #include "Sysfs.h"
 
+#include "FileKind.h"
+
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <string_view>
+#include <utility>
 
 namespace hwapi::ddal {
 namespace {
@@ -31,6 +38,63 @@ bool ParseNumber(std::string_view text, int* number) {
   return true;
 }
 
+/// A number as attributes take it.
+class NumberLine {
+ public:
+  explicit NumberLine(int number) {
+    char* end = std::to_chars(m_text, m_text + sizeof m_text - 1, number).ptr;
+    *end++ = '\n';
+    m_size = static_cast<std::size_t>(end - m_text);
+  }
+  std::string_view Text() const { return {m_text, m_size}; }
+
+ private:
+  char m_text[16];
+  std::size_t m_size;
+};
+
+int ErrorOfWrite(const NumberLine& line, ssize_t written) {
+  if (written == static_cast<ssize_t>(line.Text().size())) return 0;
+  return written < 0 ? errno : EIO;
+}
+
+/// Reads files whose chip is not known yet. A file that hangs keeps its thread, and is left alone until it answers.
+class LineReaders {
+ public:
+  static LineReaders& Own() {
+    static auto* const own = new LineReaders;
+    return *own;
+  }
+
+  /// @return bytes read; -1 also when there was no answer in time
+  ssize_t Read(const std::string& path, char* text, std::size_t size) {
+    const std::lock_guard lock(m_mutex);
+    Reader* idle = nullptr;
+    for (Reader& reader : m_readers) {
+      if (!reader.thread.Hangs()) {
+        if (idle == nullptr) idle = &reader;
+      } else if (reader.path == path) {
+        return -1;
+      }
+    }
+    if (idle == nullptr) return -1;
+    Descriptor file = OpenAttribute(path, O_RDONLY);
+    if (!file.Open()) return -1;
+    idle->path = path;
+    return idle->thread.ReadOnce(std::move(file), text, size, kLineDeadline);
+  }
+
+ private:
+  static constexpr DeviceThread::Duration kLineDeadline{100};
+  struct Reader {
+    DeviceThread thread{"line reader"};
+    std::string path{};  ///< last read
+  };
+
+  std::mutex m_mutex;
+  std::array<Reader, 8> m_readers;
+};
+
 }  // namespace
 
 const std::string& SysfsRoot() {
@@ -41,33 +105,41 @@ const std::string& SysfsRoot() {
   return *root;
 }
 
-ReadResult ReadNumber(int fd, int* number) {
+Descriptor OpenAttribute(const std::string& path, int access, std::string* why) {
+  Descriptor opened(open(path.c_str(), access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat file {};
+  if (opened.Open() && fstat(opened.Get(), &file) == 0 && S_ISREG(file.st_mode)) return opened;
+  const int error = opened.Open() ? EINVAL : errno;
+  if (why != nullptr) *why = opened.Open() ? "it is " + board::KindOfFile(file.st_mode) : std::strerror(error);
+  errno = error;
+  return Descriptor();
+}
+
+ReadResult ReadNumber(DeviceThread& thread, int fd, DeviceThread::Duration deadline, int* number) {
   char text[32];
-  const ssize_t size = pread(fd, text, sizeof text, 0);
+  const ssize_t size = thread.Read(fd, text, sizeof text, deadline);
   if (size > 0) {
     return ParseNumber({text, static_cast<std::size_t>(size)}, number) ? ReadResult::Ok : ReadResult::Failed;
   }
   // An attribute always shows something; an empty one has lost its device.
-  const bool gone = size == 0 || errno == ENODEV || errno == ENXIO || errno == ENOENT;
-  return gone ? ReadResult::Gone : ReadResult::Failed;
+  if (size == 0 || errno == ENODEV || errno == ENXIO || errno == ENOENT) return ReadResult::Gone;
+  if (errno == ETIME) return ReadResult::Late;
+  return errno == EALREADY ? ReadResult::Busy : ReadResult::Failed;
 }
 
-int WriteNumber(int fd, int number) {
-  char text[16];
-  char* end = std::to_chars(text, text + sizeof text - 1, number).ptr;
-  *end++ = '\n';
-  const ssize_t size = end - text;
-  const ssize_t written = pwrite(fd, text, static_cast<std::size_t>(size), 0);
-  if (written == size) return 0;
-  return written < 0 ? errno : EIO;
+int WriteNumber(DeviceThread& thread, int fd, DeviceThread::Duration deadline, int number) {
+  const NumberLine line(number);
+  return ErrorOfWrite(line, thread.Write(fd, line.Text(), deadline));
+}
+
+int WriteNumberHere(int fd, int number) {
+  const NumberLine line(number);
+  return ErrorOfWrite(line, pwrite(fd, line.Text().data(), line.Text().size(), 0));
 }
 
 std::string ReadLine(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return {};
-  char text[256];
-  const ssize_t size = read(fd, text, sizeof text);
-  close(fd);
+  char text[DeviceThread::kMaxSize];
+  const ssize_t size = LineReaders::Own().Read(path, text, sizeof text);
   if (size <= 0) return {};
   const std::string_view all(text, static_cast<std::size_t>(size));
   return std::string(all.substr(0, all.find('\n')));

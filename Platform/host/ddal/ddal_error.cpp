@@ -1,6 +1,8 @@
 #include "ddal_error.h"
 
+#include "AaSysLog.h"
 #include "Export.h"
+#include "FanRestore.h"
 #include "Fans.h"
 #include "SimHardware.h"
 #include "TemperatureSensors.h"
@@ -26,9 +28,13 @@ constexpr ErrorText kErrorTexts[] = {
     {.code = DDAL_ERR_NOT_RUNNING, .text = "Nobody simulates the simulated hardware"},
     {.code = DDAL_ERR_CONFIG, .text = "The board description does not fit"},
     {.code = DDAL_ERR_BUSY, .text = "Another process has the device"},
+    {.code = DDAL_ERR_TIMEOUT, .text = "The device did not answer in time"},
+    {.code = DDAL_ERR_PENDING, .text = "The device is busy with an earlier call"},
     {.code = DDAL_ERR_NOT_PLAUSIBLE, .text = "The readings are not plausible"},
     {.code = DDAL_ERR_RF_ASIC_OFF, .text = "The RF ASIC is not enabled"},
 };
+
+constexpr u32 kDriverFeature = 2;  // id of the drivers' own log lines
 
 /// @param what "" is no problem
 void AddProblem(std::string& problems, unsigned line, const std::string& device, const std::string& what) {
@@ -46,20 +52,24 @@ std::string NameOf(const board::Temperature& sensor) {
 /// @return what keeps the sensor from being read; "" for an optional one
 std::string CheckSensor(const ddal::TemperatureSensor& sensor) {
   if (sensor.description->optional) return {};
-  if (sensor.hwmon != nullptr) return sensor.hwmon->Check();
+  if (sensor.hwmon != nullptr) return sensor.hwmon->Check(NameOf(*sensor.description));
   return ddal::SimHardware::Own().Problem();
 }
 
 }  // namespace
 
 GARDDAL_API int ddal_init(char* problem, u32 size) {
+  ddal::RestoreFansIfFree([](const std::string& line) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Warning, kDriverFeature, "On record: %s", line.c_str());
+  });
   std::string problems;
   for (const ddal::TemperatureSensor& sensor : ddal::TemperatureSensors()) {
     AddProblem(problems, sensor.description->line, NameOf(*sensor.description), CheckSensor(sensor));
   }
   for (const auto& [driver, description] : ddal::ChipFans()) {
     if (description->optional) continue;
-    AddProblem(problems, description->line, "fan " + std::to_string(description->id), driver->Check());
+    const std::string name = "fan " + std::to_string(description->id);
+    AddProblem(problems, description->line, name, driver->Check(name));
   }
   if (problem != nullptr && size != 0) std::snprintf(problem, size, "%s", problems.c_str());
   return problems.empty() ? DDAL_OK : DDAL_ERR_CONFIG;

@@ -16,11 +16,11 @@ std::string Text(int code) {
 
 TEST(DriverError, EveryKnownCodeHasATextOfItsOwn) {
   std::set<std::string> texts;
-  for (const int code : {0, -1, -2, -3, -4, -5, -6, -7, -1001, -1004}) {
+  for (const int code : {0, -1, -2, -3, -4, -5, -6, -7, -8, -9, -1001, -1004}) {
     EXPECT_EQ(Text(code).find("Unknown"), std::string::npos) << code;
     texts.insert(Text(code));
   }
-  EXPECT_EQ(texts.size(), 10u);
+  EXPECT_EQ(texts.size(), 12u);
 }
 
 TEST(DriverError, AnUnknownCodeIsNamed) {
