@@ -34,6 +34,9 @@ constexpr u32 kAliveMsg = 0xFF02;
 /// Different ids of messages without a delegate that get a line of their own.
 constexpr std::size_t kUnknownIdsLogged = 64;
 
+/// For the drivers' check of the board: as long as many chips that are late take together.
+constexpr unsigned kCheckSeconds = 60;
+
 constexpr int kStatusTaken = 1;
 constexpr int kStatusUsage = 2;
 
@@ -104,6 +107,10 @@ void Service::State::ParseCommandLine(int argc, const char* const* argv) {
 }
 
 void Service::State::CheckBoard() const {
+  const Shutdown::Limit limit(
+      kCheckSeconds, kStatusUsage,
+      name + ": the board's hardware cannot be used:\nthe drivers did not end their check within " +
+          std::to_string(kCheckSeconds) + " s\n");
   std::string problem(4096, '\0');
   if (ddal_init(problem.data(), static_cast<u32>(problem.size())) == DDAL_OK) return;
   EndAtOnce(kStatusUsage, stderr, name + ": the board's hardware cannot be used:\n" + problem.c_str() + '\n');
@@ -193,6 +200,7 @@ bool Service::State::Start(Service& service) const {
     if (Shutdown::Own().HasEndpoint()) g_service->Exit();
   });
   Shutdown::TakeSignals();
+  CheckBoard();
   if (!service.PreStartup()) return false;
   RegisterEndpoint();
   Shutdown::Own().SetEndpoint(OwnAddress());
@@ -203,7 +211,6 @@ bool Service::State::Start(Service& service) const {
 void Service::Startup(int argc, char** argv) {
   Shutdown::BlockSignals();
   m_state->ParseCommandLine(argc, argv);
-  m_state->CheckBoard();
   if (!m_state->Start(*this)) return;
   m_state->StartSignsOfLife();
   m_state->supervisor.Ready();

@@ -6,7 +6,9 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace hwapi::nub {
 namespace {
@@ -21,6 +23,13 @@ sigset_t EndSignals() {
   return signals;
 }
 
+/// Those that the thread of the signals takes: these, and the alarm of a Limit.
+sigset_t TakenSignals() {
+  sigset_t signals = EndSignals();
+  sigaddset(&signals, SIGALRM);
+  return signals;
+}
+
 }  // namespace
 
 Shutdown& Shutdown::Own() {
@@ -29,7 +38,7 @@ Shutdown& Shutdown::Own() {
 }
 
 void Shutdown::BlockSignals() {
-  const sigset_t signals = EndSignals();
+  const sigset_t signals = TakenSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
@@ -37,15 +46,17 @@ void Shutdown::TakeSignals() {
   TAaProEuId eu = 0;
   if (AaSysComEuCreateAndStart(&eu, "signals", WaitForSignals, kSignalThreadStack, 0, nullptr, 0) == 0) return;
   // Without the thread the process could not be ended in order: let the signals end it at once.
-  const sigset_t signals = EndSignals();
+  const sigset_t signals = TakenSignals();
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 void* Shutdown::WaitForSignals(void*) {
-  const sigset_t signals = EndSignals();
+  const sigset_t taken = TakenSignals();
   int number = 0;
-  while (sigwait(&signals, &number) != 0) {
+  while (sigwait(&taken, &number) != 0 || number == SIGALRM) {
+    if (number == SIGALRM) Own().EndAtLimit();
   }
+  const sigset_t signals = EndSignals();
   // Whoever sends a second signal does not want to wait for the orderly end: it finds this thread and ends the process.
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
   Own().Request();
@@ -72,6 +83,27 @@ Shutdown::Start::~Start() {
   const std::lock_guard lock(Own().m_startMutex);
   Own().m_wayOut = nullptr;
   Own().m_startEnded.notify_all();
+}
+
+Shutdown::Limit::Limit(unsigned seconds, int status, std::string text) {
+  const std::lock_guard lock(Own().m_startMutex);
+  Own().m_limitStatus = status;
+  Own().m_limitText = std::move(text);
+  alarm(seconds);
+}
+
+Shutdown::Limit::~Limit() {
+  alarm(0);
+  const std::lock_guard lock(Own().m_startMutex);
+  Own().m_limitText.clear();
+}
+
+/// An alarm that came when its step was over ends nothing.
+void Shutdown::EndAtLimit() {
+  const std::lock_guard lock(m_startMutex);
+  if (m_limitText.empty()) return;
+  std::fputs(m_limitText.c_str(), stderr);
+  _exit(m_limitStatus);
 }
 
 void Shutdown::Request() {

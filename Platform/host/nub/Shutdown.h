@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <string>
 
 namespace hwapi::nub {
 
@@ -23,7 +24,8 @@ class Shutdown {
   /// Time that a start has to end by itself once a signal came, before it is given up.
   static constexpr std::chrono::milliseconds kPatienceWithStart{1000};
 
-  /// Blocks SIGTERM and SIGINT for the calling thread and for all that it starts. Call before any thread runs.
+  /// Blocks SIGTERM, SIGINT, and SIGALRM, by which a Limit ends, for the calling thread and for all that it starts.
+  /// Call before any thread runs.
   static void BlockSignals();
   /// Starts the thread that takes the signals: the first one is a request to end, the next one ends the process at
   /// once.
@@ -48,7 +50,20 @@ class Shutdown {
     ~Start();
   };
 
+  /// A step that may take only so long: then the thread of the signals ends the process. One at a time.
+  class Limit {
+   public:
+    /// @param status of the process
+    /// @param text   on standard error
+    Limit(unsigned seconds, int status, std::string text);
+    Limit(const Limit&) = delete;
+    Limit& operator=(const Limit&) = delete;
+    /// The step is over.
+    ~Limit();
+  };
+
  private:
+  void EndAtLimit();
   static void* WaitForSignals(void* unused);
   void GiveUpStart(int signal);
 
@@ -59,6 +74,8 @@ class Shutdown {
   std::mutex m_startMutex;
   std::condition_variable m_startEnded;
   void (*m_wayOut)() = nullptr;  ///< null unless a start is under way
+  int m_limitStatus = 0;
+  std::string m_limitText;  ///< empty unless a Limit is under way
 };
 
 }  // namespace hwapi::nub

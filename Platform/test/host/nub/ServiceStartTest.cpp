@@ -1,5 +1,6 @@
 // How a service starts, and how it does not.
 #include "Client.h"
+#include "HungDevice.h"
 #include "ServiceProcess.h"
 #include "TestBoard.h"
 
@@ -97,6 +98,34 @@ TEST_F(ServiceStartTest, HardwareThatIsNotThereEndsItBeforeAnything) {
   const std::string errors = service.Errors();
   EXPECT_TRUE(errors.starts_with("PROBE: the board's hardware cannot be used:\n")) << errors;
   EXPECT_NE(errors.find("temperature 0x10000: no chip \"lm75\""), std::string::npos) << errors;
+}
+
+TEST_F(ServiceStartTest, HardwareThatDoesNotAnswerEndsItWithTheNameOfTheSensor) {
+  m_board.BindChip(0, "lm75", "3-0048");
+  m_board.Show(0, "temp1_input", "1000");
+  m_board.Describe("[[temperature]]\ndevice = 0x10000\nhwmon = { chip = 'lm75', at = '3-0048', input = 'temp1' }");
+  const HungDevice device(m_board.Hwmon(0) / "temp1_input");
+  ServiceProcess service({});
+  EXPECT_EQ(service.Line(), "");
+  EXPECT_EQ(WEXITSTATUS(service.End()), 2);
+  const std::string errors = service.Errors();
+  EXPECT_NE(errors.find("temperature 0x10000: chip \"lm75\" at 3-0048 did not answer within 100 ms"), std::string::npos)
+      << errors;
+}
+
+TEST_F(ServiceStartTest, ASignalEndsItWhileItsHardwareIsChecked) {
+  m_board.BindChip(0, "lm75", "3-0048");
+  m_board.Show(0, "temp1_input", "1000");
+  m_board.Describe(
+      "[[temperature]]\ndevice = 0x10000\n"
+      "hwmon = { chip = 'lm75', at = '3-0048', input = 'temp1', deadline_ms = 10000 }");
+  const HungDevice device(m_board.Hwmon(0) / "temp1_input");
+  ServiceProcess service({});
+  device.AwaitAccess();
+  service.Signal(SIGTERM);
+  const int status = service.End();
+  ASSERT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGTERM);
 }
 
 TEST_F(ServiceStartTest, ASecondServiceOnTheBoardIsRefusedAndTheFirstGoesOn) {
