@@ -4,6 +4,7 @@
 #include "Supervisor.h"
 #include "TagWaits.h"
 
+#include "AaProWatch.h"
 #include "AaSysCom.h"
 #include "AaSysLog.h"
 #include "AaSysTime.h"
@@ -29,7 +30,7 @@ using ::hwapi::nub::Shutdown;
 using ::hwapi::nub::Supervisor;
 using ::hwapi::nub::TagWaits;
 
-/// Message by which the loop tells the supervisor that it and the timers are alive.
+/// Message by which the loop tells the supervisor that it, the timers and all other threads are alive.
 constexpr u32 kAliveMsg = 0xFF02;
 /// Different ids of messages without a delegate that get a line of their own.
 constexpr std::size_t kUnknownIdsLogged = 64;
@@ -80,6 +81,7 @@ struct Service::State {
   bool Start(Service& service) const;
   void StartSignsOfLife();
   void StopSignsOfLife();
+  void GiveSignOfLife();
   void Deliver(void* msg);
   void CallDelegate(MsgDelegateBase& delegate, void* msg) const;
   void CountUnknown(void* msg);
@@ -92,6 +94,7 @@ struct Service::State {
   MsgRouter router;
   Supervisor supervisor;
   TAaSysTimerId aliveTimer = 0;
+  std::string hangingThread;  ///< the one that the log names, if any
   u32 serviceState = 0;
   bool commonState = true;
   std::vector<u32> unknownIds;  ///< those with a line, sorted
@@ -140,11 +143,24 @@ void Service::State::StartSignsOfLife() {
 
 void Service::State::StopSignsOfLife() { AaSysTimerDelete(std::exchange(aliveTimer, 0)); }
 
+/// While a thread hangs the sign stays away: the supervisor ends the process then.
+void Service::State::GiveSignOfLife() {
+  char hanging[AAPRO_NAME_SIZE];
+  if (AaProAllAlive(hanging, sizeof hanging) != GLO_FALSE) {
+    hangingThread.clear();
+    return supervisor.Alive();
+  }
+  if (hangingThread == hanging) return;
+  hangingThread = hanging;
+  AaSysLogPrintE(EAaSysLogSeverityLevel_Error, printFeature,
+                 "Thread %s hangs: the supervisor gets no sign of life until it goes on", hanging);
+}
+
 void Service::State::Deliver(void* msg) {
   const ReceivedMsg received(msg);
   const u32 id = AaSysComMsgGetId(msg);
   if (id == kWakeUpMsg) return;
-  if (id == kAliveMsg) return supervisor.Alive();
+  if (id == kAliveMsg) return GiveSignOfLife();
   const MsgRouter::Delegate delegate = router.Find(id);
   if (delegate == nullptr) return CountUnknown(msg);
   CallDelegate(*delegate, msg);

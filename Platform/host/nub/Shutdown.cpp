@@ -1,5 +1,6 @@
 #include "Shutdown.h"
 
+#include "AaProWatch.h"
 #include "TagWaits.h"
 
 #include <pthread.h>
@@ -53,14 +54,17 @@ void Shutdown::TakeSignals() {
 void* Shutdown::WaitForSignals(void*) {
   const sigset_t taken = TakenSignals();
   int number = 0;
+  AaProRestBegin();
   while (sigwait(&taken, &number) != 0 || number == SIGALRM) {
     if (number == SIGALRM) Own().EndAtLimit();
   }
+  AaProRestEnd();
   const sigset_t signals = EndSignals();
   // Whoever sends a second signal does not want to wait for the orderly end: it finds this thread and ends the process.
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
   Own().Request();
   Own().GiveUpStart(number);
+  AaProRestBegin();
   for (;;) pause();
 }
 

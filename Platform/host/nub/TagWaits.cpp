@@ -1,6 +1,7 @@
 #include "TagWaits.h"
 
 #include "AaConfig.h"
+#include "AaProWatch.h"
 #include "HwapiException.h"
 
 #include <cstring>
@@ -21,7 +22,9 @@ void TagWaits::WaitFor(const std::string& name, u32 value) {
     const auto tag = m_values.find(name);
     return m_interrupted || tag == m_values.end() || tag->second == value;
   };
+  AaProRestBegin();
   m_changed.wait(lock, decided);
+  AaProRestEnd();
   if (m_interrupted) {
     throw MsgHandlingException("Service is being stopped while it waits for tag " + name, __FILE__, __LINE__);
   }

@@ -7,6 +7,7 @@
 #include "Message.h"
 #include "Routes.h"
 #include "Tasks.h"
+#include "ThreadWatch.h"
 
 using hwapi::qis::Message;
 using hwapi::qis::MessagePtr;
@@ -119,6 +120,7 @@ QIS_EXPORT void* AaSysComMsgReceive(u32 timeoutUs, const u16* filter) {
   }
   const std::int64_t waitNs =
       timeoutUs == AASYSCOM_NO_TIMEOUT ? -1 : hwapi::qis::Clock::Own().RealNsOf(std::uint64_t{timeoutUs});
+  const hwapi::qis::Rest rest;
   MessagePtr message = inbox->Receive(waitNs, filter);
   Remember(message.get());
   return message.release();

@@ -4,6 +4,7 @@
 #include "Export.h"
 #include "PlatformThread.h"
 #include "Tasks.h"
+#include "ThreadWatch.h"
 
 #include <cerrno>
 #include <cstring>
@@ -41,7 +42,7 @@ class EuGuard {
 void* RunEu(void* argument) {
   const std::unique_ptr<Start> start(static_cast<Start*>(argument));
   t_eu = start->eu;
-  hwapi::qis::NameThread(start->name.c_str());
+  const hwapi::qis::WatchedThread watched(start->name.c_str());
   const EuGuard guard(start->eu);
   return start->entry(start->argument);
 }

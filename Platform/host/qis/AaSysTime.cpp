@@ -4,6 +4,7 @@
 #include "Clock.h"
 #include "Export.h"
 #include "Message.h"
+#include "ThreadWatch.h"
 #include "Timers.h"
 
 #include <time.h>
@@ -93,6 +94,7 @@ QIS_EXPORT i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
   if (!us) {
     return EINVAL;
   }
+  const hwapi::qis::Rest rest;
   if (Clock::Own().StandsStill()) {
     SleepWhileStanding(static_cast<std::int64_t>(*us));
     return 0;

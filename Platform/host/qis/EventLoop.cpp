@@ -1,6 +1,7 @@
 #include "EventLoop.h"
 
 #include "PlatformThread.h"
+#include "ThreadWatch.h"
 
 #include <sys/epoll.h>
 
@@ -70,7 +71,7 @@ void EventLoop::Forget(std::uint64_t key, int fd) {
 }
 
 void* EventLoop::Run(void* loop) {
-  NameThread("com");
+  const WatchedThread watched("com");
   for (;;) {
     static_cast<EventLoop*>(loop)->Dispatch();
   }
@@ -83,7 +84,7 @@ void EventLoop::Dispatch() {
     epoll = m_epoll.Get();
   }
   std::array<epoll_event, 16> events;
-  const int count = ::epoll_wait(epoll, events.data(), static_cast<int>(events.size()), -1);
+  const int count = AtRest([&] { return ::epoll_wait(epoll, events.data(), static_cast<int>(events.size()), -1); });
   for (int i = 0; i < count; ++i) {
     const std::uint64_t key = events[static_cast<std::size_t>(i)].data.u64;
     std::shared_ptr<EventHandler> handler;

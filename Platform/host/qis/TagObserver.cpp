@@ -4,6 +4,7 @@
 #include "CallbackGate.h"
 #include "ComLog.h"
 #include "PlatformThread.h"
+#include "ThreadWatch.h"
 
 #include <sys/inotify.h>
 
@@ -33,7 +34,7 @@ void* TagObserver::Run(void* observer) {
   auto* const self = static_cast<TagObserver*>(observer);
   constexpr std::size_t kNameEnd = 11;  // the ends of tag names differ, their beginnings do not
   const std::string& name = self->m_name;
-  NameThread(("tag " + name.substr(name.size() > kNameEnd ? name.size() - kNameEnd : 0)).c_str());
+  const WatchedThread watched(("tag " + name.substr(name.size() > kNameEnd ? name.size() - kNameEnd : 0)).c_str());
   self->Serve();
   return nullptr;
 }
@@ -50,7 +51,7 @@ void TagObserver::Serve() {
       }
     }
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_woken; });
+    AtRest([&] { m_changed.wait(lock, [this] { return m_woken; }); });
     m_woken = false;
   }
 }

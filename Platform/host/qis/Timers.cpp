@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "PlatformThread.h"
+#include "ThreadWatch.h"
 
 #include <algorithm>
 #include <utility>
@@ -79,7 +80,7 @@ void Timers::Delete(TAaSysTimerId id) {
 }
 
 void* Timers::Run(void* timers) {
-  NameThread("timer");
+  const WatchedThread watched("timer");
   static_cast<Timers*>(timers)->Serve();
   return nullptr;
 }
@@ -88,20 +89,21 @@ void Timers::Serve() {
   std::unique_lock lock(m_mutex);
   for (;;) {
     if (m_timers.empty()) {
-      m_changed.wait(lock);
+      AtRest([&] { m_changed.wait(lock); });
       continue;
     }
     const std::uint32_t moves = Clock::Own().Moves();  // before the time: a move in between is not slept through
     const std::int64_t dueUs = m_timers.begin()->first.dueUs;
     const std::int64_t nowUs = NowUs();
     if (nowUs >= dueUs) {
+      Rest::Skip();
       Expire(nowUs);
     } else if (Clock::Own().StandsStill()) {
       lock.unlock();
-      Clock::Own().SleepUntilMoved(moves);
+      AtRest([&] { Clock::Own().SleepUntilMoved(moves); });
       lock.lock();
     } else {
-      m_changed.wait_until(lock, RealTime(dueUs));
+      AtRest([&] { m_changed.wait_until(lock, RealTime(dueUs)); });
     }
   }
 }

@@ -4,6 +4,7 @@
 #include "CallbackGate.h"
 #include "ComLog.h"
 #include "PlatformThread.h"
+#include "ThreadWatch.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -67,7 +68,7 @@ int TrblServer::Claim() {
 }
 
 void* TrblServer::Run(void* server) {
-  NameThread("trbl");
+  const WatchedThread watched("trbl");
   for (;;) {
     static_cast<TrblServer*>(server)->ServeOnce();
   }
@@ -79,7 +80,7 @@ void TrblServer::ServeOnce() {
     watched.push_back({.fd = session.Connection(), .events = POLLIN, .revents = 0});
   }
   watched.push_back({.fd = m_socket.Listener(), .events = POLLIN, .revents = 0});
-  if (::poll(watched.data(), watched.size(), -1) <= 0) {
+  if (AtRest([&] { return ::poll(watched.data(), watched.size(), -1); }) <= 0) {
     return;
   }
   std::vector<TrblSession> silent;

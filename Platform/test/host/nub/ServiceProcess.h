@@ -59,6 +59,7 @@ class ServiceProcess {
   bool Says(const std::string& line);
   void GoOn() const;
   void Signal(int number) const;
+  pid_t Pid() const { return m_pid; }
   /// Waits for the end of the process. @return its status as waitpid gives it
   int End();
   /// Waits for the end of the process. @return what it wrote to standard error
