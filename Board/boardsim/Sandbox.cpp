@@ -17,8 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where the daemon is, seen from this program: installed beside it, installed as a system program, in the build tree.
-constexpr std::array<std::string_view, 3> kDaemonPlaces = {"CLM", "../sbin/CLM", "../../ClimateS/src/CLM"};
+/// Where the daemon is, seen from this program: beside it, or where system programs are; in the build tree, too.
+constexpr std::array<std::string_view, 2> kDaemonPlaces = {"CLM", "../sbin/CLM"};
 
 fs::path OwnFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 

@@ -4,14 +4,18 @@ removed again."""
 
 import json
 import re
+import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
+import defence
 from container import Container, ContainerError, eventually
 
 PACKAGES = ["hwapi-host", "clm", "clmctl", "boardsim", "hwapi-dev"]
 PROGRAMS = {"CLM": 8, "clmctl": 1, "boardsim": 1}
+LIBRARIES = ["libQIS.so", "libNUB.so", "libGARDDAL.so", "libhwboard.so"]
 BOARDS = Path(__file__).resolve().parents[2] / "Board/boards"
 CHIP = "/sys/devices/chip/hwmon/hwmon0"
 FOUND_SPEED, FOUND_MODE = "77", "2"
@@ -251,6 +255,17 @@ class WithoutNeighbours(unittest.TestCase):
         self.machine.do("systemctl", "start", "clm")
         self.machine.wait_for_start(0)
         self.assertEqual(len(self.machine.do("clmctl", "temp", "watch", "Kel", "--count", "1", "--json").splitlines()), 5)
+
+
+class Packaged(unittest.TestCase):
+    def test_programs_and_libraries_are_built_for_defence(self):
+        root = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        for package in packages_folder.glob("*.deb"):
+            subprocess.run(["dpkg-deb", "--extract", package, root], check=True)
+        files = [path for path in root.rglob("*") if path.is_file() and path.read_bytes().startswith(b"\x7fELF")]
+        self.assertEqual({path.name for path in files}, {*PROGRAMS, *LIBRARIES})
+        for path in files:
+            self.assertEqual(defence.missing(path, optimized=True), [], path.name)
 
 
 class Removed(unittest.TestCase):

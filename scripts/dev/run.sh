@@ -1,7 +1,7 @@
 # A simulated board on this machine, with the service, to look at.
 
-BOARDSIM=build/release/Board/boardsim/boardsim
-CLMCTL=build/release/Tools/clmctl/clmctl
+BOARDSIM=build/release/bin/boardsim
+CLMCTL=build/release/bin/clmctl
 BOARD_STATE=$PWD/build/run
 
 board_down() {

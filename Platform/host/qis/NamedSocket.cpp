@@ -84,8 +84,8 @@ int NamedSocket::Listen() {
     return errno;
   }
   // Everybody may knock: who is let in is decided by the peer's credentials, and refusals are told.
-  ::fchmodat(m_folder->Get(), m_name.c_str(), 0666, 0);
-  return ::listen(m_listener.Get(), SOMAXCONN) == 0 ? 0 : errno;
+  const bool open = ::fchmodat(m_folder->Get(), m_name.c_str(), 0666, 0) == 0;
+  return open && ::listen(m_listener.Get(), SOMAXCONN) == 0 ? 0 : errno;
 }
 
 void NamedSocket::Release() {
