@@ -141,10 +141,14 @@ TEST_F(LogReader, OfATerminalThatStandsStillDelaysNobody) {
 TEST_F(LogReader, ThatStandsStillDelaysNobodyWithoutAFreeDescriptor) {
   Peer process([&] {
     const auto reader = OnPipe();
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const int next = ::dup(STDERR_FILENO);
     ::close(next);
-    const rlimit full{.rlim_cur = static_cast<rlim_t>(next), .rlim_max = static_cast<rlim_t>(next)};
-    ::setrlimit(RLIMIT_NOFILE, &full);
+    const rlimit full{.rlim_cur = static_cast<rlim_t>(next), .rlim_max = before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &full), 0);
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Info, 1, "the first line");
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);  // a sanitizer needs descriptors of its own
     const Account account = FloodThenRead(*reader);
     EXPECT_EQ(account.written + account.missing, kFlood + 1);
     EXPECT_GT(account.missing, 0u);
