@@ -1,3 +1,6 @@
+// With bounds checks the C library's headers define these functions themselves.
+#undef _FORTIFY_SOURCE
+
 #include "HungDevice.h"
 
 #include <sys/mman.h>
