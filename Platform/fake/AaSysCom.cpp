@@ -30,7 +30,7 @@ void Send(const char* function, void** msg, std::optional<TAaSysComSicad> sender
   {
     const Lock lock;
     Envelope* envelope = msg != nullptr ? FindEnvelope(*msg, function) : nullptr;
-    if (msg != nullptr) *msg = nullptr;
+    if (msg != nullptr && !SentHandlesAreLeft()) *msg = nullptr;
     Call call = envelope != nullptr ? Call(function, envelope->id, envelope->receiver) : Call(function, nullptr);
     if (sender) call.arguments.emplace_back(*sender);
     Record(std::move(call));

@@ -2,6 +2,8 @@
 
 #include "Internal.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <ostream>
 #include <sstream>
 #include <unordered_map>
@@ -16,8 +18,8 @@
 #if defined(FAKE_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #else
-#define ASAN_POISON_MEMORY_REGION(address, size) static_cast<void>(0)
-#define ASAN_UNPOISON_MEMORY_REGION(address, size) static_cast<void>(0)
+#define ASAN_POISON_MEMORY_REGION(address, size) static_cast<void>(address)
+#define ASAN_UNPOISON_MEMORY_REGION(address, size) static_cast<void>(address)
 #endif
 
 namespace fake {
@@ -25,10 +27,13 @@ namespace {
 
 /// Bytes behind the payload that nobody may write.
 constexpr u32 kSlack = 64;
+/// Fills payloads that nobody may write any more.
+constexpr u8 kStale = 0xDD;
 
 struct Pool {
   std::unordered_map<const void*, std::unique_ptr<internal::Envelope>> envelopes;
   std::size_t live = 0;
+  bool leavesSentHandles = std::getenv("FAKE_LEAVES_SENT_HANDLES") != nullptr;
 };
 
 Pool& ThePool() {
@@ -60,6 +65,11 @@ std::ostream& operator<<(std::ostream& out, const Message& message) {
 std::size_t LiveMessages() {
   const internal::Lock lock;
   return ThePool().live;
+}
+
+void LeaveSentHandles(bool leave) {
+  const internal::Lock lock;
+  ThePool().leavesSentHandles = leave;
 }
 
 ReceivedMessage::ReceivedMessage(const Message& message) {
@@ -106,7 +116,7 @@ Envelope* FindEnvelope(void* handle, const char* function) {
     AddViolation(std::string(function) + " with a handle that is no message");
     return nullptr;
   }
-  if (found->second->buffer == nullptr) {
+  if (found->second->stale) {
     std::ostringstream text;
     text << function << " with message 0x" << std::hex << found->second->id << " after it was sent or destroyed";
     AddViolation(text.str());
@@ -122,14 +132,33 @@ Message CloseEnvelope(Envelope& envelope) {
                   .sender = envelope.sender,
                   .receiver = envelope.receiver,
                   .otherEndian = !envelope.endianSame};
-  envelope.buffer.reset();
+  std::fill_n(envelope.buffer.get(), envelope.size, kStale);
+  ASAN_POISON_MEMORY_REGION(envelope.buffer.get(), envelope.size + kSlack);
+  envelope.stale = true;
   --ThePool().live;
   return message;
 }
 
+void CheckStalePayloads() {
+  for (const auto& [handle, envelope] : ThePool().envelopes) {
+    if (!envelope->stale) continue;
+    u8* const payload = envelope->buffer.get();
+    ASAN_UNPOISON_MEMORY_REGION(payload, envelope->size);
+    if (std::any_of(payload, payload + envelope->size, [](u8 byte) { return byte != kStale; })) {
+      std::ostringstream text;
+      text << "message 0x" << std::hex << envelope->id << ": its payload was written after it was sent or destroyed";
+      AddViolation(text.str());
+      std::fill_n(payload, envelope->size, kStale);
+    }
+    ASAN_POISON_MEMORY_REGION(payload, envelope->size);
+  }
+}
+
+bool SentHandlesAreLeft() { return ThePool().leavesSentHandles; }
+
 void ResetMessages() {
   for (auto& [handle, envelope] : ThePool().envelopes) {
-    if (envelope->buffer != nullptr) ASAN_UNPOISON_MEMORY_REGION(envelope->buffer.get() + envelope->size, kSlack);
+    ASAN_UNPOISON_MEMORY_REGION(envelope->buffer.get(), envelope->size + kSlack);
   }
   ThePool() = Pool();
 }

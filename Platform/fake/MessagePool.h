@@ -15,7 +15,8 @@ struct Envelope {
   TAaSysComSicad sender = 0;
   TAaSysComSicad receiver = 0;
   bool endianSame = true;
-  std::unique_ptr<u8[]> buffer;  ///< payload and the bytes behind it; null when the handle is stale
+  std::unique_ptr<u8[]> buffer;  ///< payload and the bytes behind it
+  bool stale = false;            ///< it was sent, destroyed or given to a timer: nobody may use it or its payload
 };
 
 /// @return a new message with zeroed payload; null when the size is out of range
@@ -27,5 +28,9 @@ Envelope* FindEnvelope(void* handle, const char* function);
 /// Makes the handle stale. Checks that nobody wrote behind the payload.
 /// @return the content
 Message CloseEnvelope(Envelope& envelope);
+/// Writes down which payloads were written after their messages had gone.
+void CheckStalePayloads();
+/// @return whether sent messages leave their handles as they are
+bool SentHandlesAreLeft();
 
 }  // namespace fake::internal

@@ -1,6 +1,7 @@
 #include "fake/Platform.h"
 
 #include "Internal.h"
+#include "MessagePool.h"
 
 namespace fake {
 namespace {
@@ -34,6 +35,7 @@ void Reset() {
 
 std::vector<std::string> Violations() {
   const internal::Lock lock;
+  internal::CheckStalePayloads();
   return TheViolations();
 }
 

@@ -59,9 +59,10 @@ TAaSysComSicad AaSysComMsgGetReceiver(void* msg);
 /// Sets the sender that the receiver will see. Does nothing when @p msg is null.
 void AaSysComMsgSetSender(void* msg, TAaSysComSicad sender);
 
-/// Sends the message; it belongs to the platform from here on and *msg becomes null. A message without a sender gets
-/// the address of the first task registered for the calling EU. Never blocks; a message that cannot be delivered is
-/// dropped with an Error line and counted (EAaSysComCounter). Null is ignored.
+/// Sends the message; it belongs to the platform from here on, whatever *msg holds afterwards: the host makes it null,
+/// another platform may leave it. A message without a sender gets the address of the first task registered for the
+/// calling EU. Never blocks; a message that cannot be delivered is dropped with an Error line and counted
+/// (EAaSysComCounter). Null is ignored.
 void AaSysComMsgSend(void** msg);
 /// AaSysComMsgSetSender, then AaSysComMsgSend.
 void AaSysComMsgSendS(void** msg, TAaSysComSicad sender);

@@ -57,6 +57,50 @@ TEST_F(Messages, UseOfASentOneIsAViolation) {
   fake::ClearViolations();
 }
 
+TEST_F(Messages, HandlesOfSentOnesAreClearedOrLeft) {
+  for (const bool leave : {false, true}) {
+    fake::LeaveSentHandles(leave);
+    void* msg = AaSysComMsgCreate(kId, 4, kClient);
+    void* const handle = msg;
+    AaSysComMsgSend(&msg);
+    EXPECT_EQ(msg, leave ? handle : nullptr);
+    EXPECT_EQ(fake::LiveMessages(), 0u);
+  }
+}
+
+TEST_F(Messages, DestructionOfASentOneWhoseHandleWasLeftIsAViolation) {
+  fake::LeaveSentHandles(true);
+  void* msg = AaSysComMsgCreate(kId, 4, kClient);
+  AaSysComMsgSend(&msg);
+  AaSysComMsgDestroy(&msg);
+  EXPECT_EQ(fake::Violations(),
+            std::vector<std::string>{"AaSysComMsgDestroy with message 0x2b29 after it was sent or destroyed"});
+  fake::ClearViolations();
+}
+
+TEST_F(Messages, SendingASentOneWhoseHandleWasLeftIsAViolation) {
+  fake::LeaveSentHandles(true);
+  void* msg = AaSysComMsgCreate(kId, 4, kClient);
+  AaSysComMsgSend(&msg);
+  AaSysComMsgSendS(&msg, 0x01010001);
+  EXPECT_EQ(fake::SentMessages().size(), 1u);
+  EXPECT_EQ(fake::Violations(),
+            std::vector<std::string>{"AaSysComMsgSendS with message 0x2b29 after it was sent or destroyed"});
+  fake::ClearViolations();
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+TEST_F(Messages, WritingThePayloadOfASentOneIsAViolation) {
+  void* msg = AaSysComMsgCreate(kId, 4, kClient);
+  volatile u8* payload = PayloadOf(msg);
+  AaSysComMsgSend(&msg);
+  payload[3] = 0;
+  EXPECT_EQ(fake::Violations(),
+            std::vector<std::string>{"message 0x2b29: its payload was written after it was sent or destroyed"});
+  fake::ClearViolations();
+}
+#endif
+
 TEST_F(Messages, UseOfWhatIsNoMessageIsAViolation) {
   int nothing = 0;
   EXPECT_EQ(AaSysComMsgGetId(&nothing), 0u);

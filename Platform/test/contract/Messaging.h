@@ -27,6 +27,15 @@ class Held {
     const void* payload = AaSysComMsgGetPayload(msg);
     return payload != nullptr ? std::string(static_cast<const char*>(payload), AaSysComMsgGetPayloadSize(msg)) : "";
   }
+  /// Hands the message to the platform, which may clear its handle or leave it.
+  void Send() {
+    void* handle = std::exchange(msg, nullptr);
+    AaSysComMsgSend(&handle);
+  }
+  void SendS(TAaSysComSicad sender) {
+    void* handle = std::exchange(msg, nullptr);
+    AaSysComMsgSendS(&handle, sender);
+  }
 
   void* msg;
 };
@@ -38,8 +47,7 @@ inline Held Create(u32 id, const std::string& payload, TAaSysComSicad receiver) 
 }
 
 inline void Send(u32 id, TAaSysComSicad receiver, const std::string& payload = "") {
-  Held message = Create(id, payload, receiver);
-  AaSysComMsgSend(&message.msg);
+  Create(id, payload, receiver).Send();
 }
 
 inline Held Receive(u32 timeoutUs = rig::kPatienceUs) { return Held(AaSysComMsgReceive(timeoutUs, nullptr)); }

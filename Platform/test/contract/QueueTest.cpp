@@ -11,7 +11,7 @@ using Ids = std::vector<u32>;
 TEST(Queue, GivesAMessageAsItWasSent) {
   const OwnTask task;
   Held sent = Create(0x2C15, std::string("a\0b", 3), task.Address());
-  AaSysComMsgSendS(&sent.msg, 0x02040567);
+  sent.SendS(0x02040567);
   const Held message = Receive();
   EXPECT_EQ(message.Id(), 0x2C15u);
   EXPECT_EQ(message.Payload(), std::string("a\0b", 3));
@@ -46,7 +46,7 @@ TEST(Queue, KeepsASenderThatWasSet) {
   const OwnTask task;
   Held message = Create(1, "", task.Address());
   AaSysComMsgSetSender(message.msg, 0x02040567);
-  AaSysComMsgSend(&message.msg);
+  message.Send();
   EXPECT_EQ(Receive().Sender(), 0x02040567u);
 }
 
@@ -63,7 +63,7 @@ TEST(Queue, TellsTheOtherByteOrder) {
   const OwnTask task;
   Held message = Create(1, "", task.Address());
   AaSysComMsgSetEndianSame(message.msg, GLO_FALSE);
-  AaSysComMsgSend(&message.msg);
+  message.Send();
   EXPECT_FALSE(AaSysComIsHostAndMsgEndianSame(Receive().msg));
 }
 

@@ -40,6 +40,10 @@ struct Message {
   friend std::ostream& operator<<(std::ostream& out, const Message& message);
 };
 
+/// Chooses between what the contract leaves open: a sent message's handle is cleared, or left as it is. Until then, and
+/// after each Reset: cleared, unless the environment has FAKE_LEAVES_SENT_HANDLES.
+void LeaveSentHandles(bool leave);
+
 /// @return copies of all messages handed to AaSysComMsgSend and AaSysComMsgSendS, in order
 std::vector<Message> SentMessages();
 /// @return those with an id

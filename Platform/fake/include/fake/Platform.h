@@ -13,7 +13,7 @@ namespace fake {
 void Reset();
 
 /// @return what was done against the contract since the last Reset: use of a handle that is no longer the caller's,
-///         writing behind a payload, waiting without end, ... One sentence each.
+///         writing behind a payload or into one of a message that has gone, waiting without end, ... One sentence each.
 std::vector<std::string> Violations();
 /// Forgets the violations so far.
 void ClearViolations();
