@@ -9,8 +9,8 @@
 #include "HwapiUnit.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
 #include "OnlineTag.h"
+#include "OwnedMsg.h"
 #include "ResetEntry.h"
 #include "messages/MessageIds.h"
 #include "messages/ResetProofRam.h"
@@ -87,8 +87,7 @@ RpRamReq ResetTypeRequest() {
 }
 
 /// @return the reset type that an answer tells
-u32 ResetTypeIn(RpRamResp& response) {
-  const MsgGuard guard(response.msg);
+u32 ResetTypeIn(const OwnedMsg<RpRamResp>& response) {
   if (response.payload == nullptr) AaErrorAssertion("response != GLO_NULL", __FILE_NAME__, __LINE__);
   CLM_LOG(Debug, "Blackbox::readResetTypeFromRpram(): received API_OM_GET_RP_RAM_RESP_MSG from HWAPI_RESET_SERVICE");
   const SApiOmGetRPRamResp answer = response.Record();
@@ -126,12 +125,12 @@ std::string ResetTextAfterPowerOn(const std::string& newest) {
 
 u32 BlackBoxData::readResetTypeFromRpram() {
   WaitForResetService();
-  RpRamReq request = ResetTypeRequest();
+  OwnedMsg request(ResetTypeRequest());
   const TemporaryUser user;
-  AaSysComMsgSendS(&request.msg, user.Address());
+  request.SendS(user.Address());
   CLM_LOG(Debug, "Blackbox::readResetTypeFromRpram(): sending API_OM_GET_RP_RAM_REQ_MSG to HWAPI_RESET_SERVICE");
   constexpr u16 kFilter[] = {1, API_OM_GET_RP_RAM_RESP_MSG};
-  RpRamResp response(hwapiMsgQueueReceiveSelective(kResponseTimeoutUs, kFilter));
+  const OwnedMsg response(RpRamResp(hwapiMsgQueueReceiveSelective(kResponseTimeoutUs, kFilter)));
   if (response.msg == nullptr) {
     CLM_LOG(Error,
             "Blackbox::readResetTypeFromRpram(): No response to API_OM_GET_RP_RAM_REQ_MSG received from "

@@ -4,7 +4,7 @@
 #include "Endpoints.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
 #include "messages/BlackBox.h"
 #include "messages/MessageIds.h"
 
@@ -26,14 +26,14 @@ void ClimateService::HandleApiStoreBlackboxDataReqMsg(void* msg) {
   CLM_LOG(Info, "Blackbox data storing is ready");
 
   // The software-download service waits for the answer, whoever asked.
-  StoreDataResp resp(AaSysComSicadGet(HWAPI_SWDL_SERVICE, AaSysComGetOwnNid()), sizeof(SApiStoreBlackboxDataResp));
-  const MsgGuard guard(resp.msg);
+  OwnedMsg resp(
+      StoreDataResp(AaSysComSicadGet(HWAPI_SWDL_SERVICE, AaSysComGetOwnNid()), sizeof(SApiStoreBlackboxDataResp)));
   if (resp.payload == nullptr) {
     throw MsgHandlingException("Creation of API_STORE_BLACKBOX_DATA_RESP_MSG failed", __FILE_NAME__, __LINE__);
   }
   resp->transactionId = req.Record().transactionId;
   resp->status = EStatus_NoError;
-  AaSysComMsgSendS(&resp.msg, AaSysComSicadGet(HWAPI_BLACKBOX, AaSysComGetOwnNid()));
+  resp.SendS(AaSysComSicadGet(HWAPI_BLACKBOX, AaSysComGetOwnNid()));
 }
 
 void ClimateService::HandleApiBlackboxStoreFileReqMsg(void* msg) {

@@ -7,7 +7,8 @@
 #include "HwapiException.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
+#include "PayloadView.h"
 #include "ResetEntry.h"
 #include "ResetTexts.h"
 #include "TextField.h"
@@ -35,9 +36,9 @@ constexpr const char* kBootImageLinkTag = "sys.hwapi.bootimage.link.created";
 /// Puts work on the service's own thread: the notification goes through its queue.
 void NotifyOwnService() {
   const TAaSysComSicad service = AaSysComSicadGet(HWAPI_TEMPERATURE_SERVICE, AaSysComGetOwnNid());
-  TagNotification notification(service, sizeof(SAaConfigTagPublicSetNotifMsg));
+  OwnedMsg notification(TagNotification(service, sizeof(SAaConfigTagPublicSetNotifMsg)));
   if (notification.payload == nullptr) AaErrorAssertion("notifPayload != GLO_NULL", __FILE_NAME__, __LINE__);
-  AaSysComMsgSendS(&notification.msg, service);
+  notification.SendS(service);
 }
 
 /// @return category of the newest reset
@@ -148,8 +149,7 @@ void ClimateServiceBlackBoxData::HandleApiBlackboxResetInfoReqMsg(void* msg) {
   CLM_LOG(Debug, "HandleApiBlackboxResetInfoReqMsg(): reset category: %i and reset extra '%s'",
           static_cast<int>(reason.category), reason.extended_info);
 
-  ResetInfoResp resp = reqMsg.CreateReply<ResetInfoResp>(sizeof(SApiGetBlackboxResetInfoResp));
-  const MsgGuard guard(resp.msg);
+  OwnedMsg resp(reqMsg.CreateReply<ResetInfoResp>(sizeof(SApiGetBlackboxResetInfoResp)));
   if (resp.payload == nullptr) {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, ERadHwapi_PrintResetTask,
                    "Failed to allocate memory for API_GET_BLACKBOX_RESET_INFO_RESP_MSG");
@@ -177,14 +177,13 @@ void ClimateServiceBlackBoxData::HandleApiBlackboxStoreFileReqMsg(void* msg) {
   const u32 stored =
       BlackBoxData::getInstance()->copyFile(record.numOfPreviousFiles, sourceFile.c_str(), targetFile.c_str());
 
-  StoreFileResp resp(req.GetSender(), sizeof(SApiBlackboxStoreFileResp));
-  const MsgGuard guard(resp.msg);
+  OwnedMsg resp(StoreFileResp(req.GetSender(), sizeof(SApiBlackboxStoreFileResp)));
   if (resp.payload == nullptr) {
     throw MsgHandlingException("Creation of API_BLACKBOX_STORE_FILE_RESP_MSG failed", __FILE_NAME__, __LINE__);
   }
   resp->transactionId = record.transactionId;
   resp->status = stored == 1 ? EStatus_NoError : EStatus_InvalidParam;
-  AaSysComMsgSendS(&resp.msg, AaSysComSicadGet(HWAPI_BLACKBOX, AaSysComGetOwnNid()));
+  resp.SendS(AaSysComSicadGet(HWAPI_BLACKBOX, AaSysComGetOwnNid()));
 }
 
 }  // namespace ps::hwapi::common::climate

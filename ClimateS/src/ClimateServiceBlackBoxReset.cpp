@@ -6,7 +6,7 @@
 #include "HwapiException.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
 #include "ResetEntry.h"
 #include "ResetTexts.h"
 #include "TextField.h"
@@ -87,8 +87,7 @@ void ClimateServiceBlackBoxData::HandleApi2ResetReqMsg(void* msg) {
           TextOf(req.reset_reason.extended_info).c_str());
   if (ConcernsThisBoard(req)) StoreReset(req);
 
-  ResetResp resp = reqMsg.CreateReply<ResetResp>(sizeof(SApiResetResp));
-  const MsgGuard guard(resp.msg);
+  OwnedMsg resp(reqMsg.CreateReply<ResetResp>(sizeof(SApiResetResp)));
   if (resp.payload == nullptr) {
     throw MsgHandlingException("Creation of API_RESET_RESP_MSG failed", __FILE_NAME__, __LINE__);
   }

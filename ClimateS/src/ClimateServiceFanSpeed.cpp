@@ -6,7 +6,7 @@
 #include "FanMessages.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
 #include "PayloadView.h"
 #include "RadIds.h"
 #include "messages/MessageIds.h"
@@ -53,6 +53,8 @@ TAaSysComSicad RecipientOf(const FanRequest& req, TAaSysComSicad sender) {
   return sender;
 }
 
+using PollTimerMsg = OwnedMsg<PollTimerInd>;
+
 /// @return the poll timer's message, from and to the fan endpoint; without a payload when it cannot be created
 PollTimerInd CreatePollTimerMsg() {
   PollTimerInd timerMsg(OwnFanEndpoint(), sizeof(SApiFanSpeedPollTimerInd));
@@ -62,9 +64,9 @@ PollTimerInd CreatePollTimerMsg() {
 
 /// Starts a timer that expires once; it takes the message over.
 /// @return whether it runs
-bool StartTimer(TAaSysTimerId& timer, PollTimerInd& timerMsg, u32 delaySeconds) {
+bool StartTimer(TAaSysTimerId& timer, PollTimerMsg& timerMsg, u32 delaySeconds) {
   if (AaSysTimermCreate(&timer, delaySeconds * kUsPerSecond, kOnce, timerMsg.msg) != 0) return false;
-  timerMsg.msg = nullptr;
+  timerMsg.Release();
   return true;
 }
 
@@ -90,8 +92,7 @@ void ClimateService::HandleApiSetFanSpeedReqMsg(void* msg) {
 
   bool failed = false;
   const u32 items = req.CheckedNumOfItems(&failed);
-  SpeedResp respMsg = reqMsg.CreateReply<SpeedResp>(FanResponse::SizeFor(kSpeedResponse, items));
-  const MsgGuard guard(respMsg.msg);
+  OwnedMsg respMsg(reqMsg.CreateReply<SpeedResp>(FanResponse::SizeFor(kSpeedResponse, items)));
   if (respMsg.payload == nullptr) Fail("Payload missing from API_SET_FAN_SPEED_RESP_MSG", __LINE__);
   FanResponse resp(respMsg.msg, kSpeedResponse);
   failed = SetFanSpeeds(req, items, resp) || failed;
@@ -124,8 +125,7 @@ void ClimateService::HandleApi2SetFanSpeedReqMsg(void* msg) {
 
   bool failed = false;
   const u32 items = req.CheckedNumOfItems(&failed);
-  Speed2Resp respMsg = reqMsg.CreateReply<Speed2Resp>(FanResponse::SizeFor(kSpeedResponse2, items));
-  const MsgGuard guard(respMsg.msg);
+  OwnedMsg respMsg(reqMsg.CreateReply<Speed2Resp>(FanResponse::SizeFor(kSpeedResponse2, items)));
   if (respMsg.payload == nullptr) Fail("Payload missing from API2_SET_FAN_SPEED_RESP_MSG", __LINE__);
   FanResponse resp(respMsg.msg, kSpeedResponse2);
   failed = SetFanSpeeds(req, items, resp) || failed;
@@ -169,8 +169,7 @@ u32 ClimateService::FirstDelaySeconds(u32 timePeriod, EStatus* outcome) {
 bool ClimateService::StartFanPolling(const FanRequest& req, TAaSysComSicad sender, u32 delaySeconds) {
   if (m_tmoKelFanSpeedPolling != 0) AaSysTimerDelete(m_tmoKelFanSpeedPolling);
   m_tmoKelFanSpeedPolling = 0;
-  PollTimerInd timerMsg = CreatePollTimerMsg();
-  const MsgGuard guard(timerMsg.msg);
+  PollTimerMsg timerMsg(CreatePollTimerMsg());
   if (timerMsg.payload != nullptr) {
     timerMsg->transactionId = req.TransactionId();
     timerMsg->clientAddr = RecipientOf(req, sender);
@@ -183,8 +182,7 @@ bool ClimateService::StartFanPolling(const FanRequest& req, TAaSysComSicad sende
 void ClimateService::ContinueFanPolling(const SApiFanSpeedPollTimerInd& record) {
   AaSysTimerDelete(m_tmoKelFanSpeedPolling);
   m_tmoKelFanSpeedPolling = 0;
-  PollTimerInd timerMsg = CreatePollTimerMsg();
-  const MsgGuard guard(timerMsg.msg);
+  PollTimerMsg timerMsg(CreatePollTimerMsg());
   if (timerMsg.payload != nullptr) {
     *timerMsg.payload = record;
     if (StartTimer(m_tmoKelFanSpeedPolling, timerMsg, kPollSeconds)) return;
@@ -200,8 +198,7 @@ void ClimateService::HandleFanSpeedPollTimerIndMsg(void* msg) {
           record.clientAddr, timerInd.GetSender());
   ContinueFanPolling(record);
 
-  SpeedInd ind(record.clientAddr, IndicationSize(m_numberOfFans));
-  const MsgGuard guard(ind.msg);
+  OwnedMsg ind(SpeedInd(record.clientAddr, IndicationSize(m_numberOfFans)));
   if (ind.payload == nullptr) Fail("Creation of API_FAN_SPEED_IND_MSG failed", __LINE__);
   PayloadView payload(ind.msg);
   payload.Put(offsetof(SApiFanSpeedInd, transactionId), record.transactionId);
@@ -209,7 +206,7 @@ void ClimateService::HandleFanSpeedPollTimerIndMsg(void* msg) {
   for (u32 i = 0; i < m_numberOfFans; ++i) {
     payload.Put(offsetof(SApiFanSpeedInd, unit) + i * sizeof(SHwapiFanUnitInfo), ReadFan(i));
   }
-  AaSysComMsgSendS(&ind.msg, OwnFanEndpoint());
+  ind.SendS(OwnFanEndpoint());
 }
 
 SHwapiFanUnitInfo ClimateService::ReadFan(u32 index) {

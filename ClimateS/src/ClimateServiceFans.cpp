@@ -6,7 +6,7 @@
 #include "FanTables.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
 #include "ddal_board.h"
 #include "messages/MessageIds.h"
 
@@ -132,8 +132,7 @@ void ClimateService::HandleApiSetFanPwmFreqReqMsg(void* msg) {
 
   bool failed = false;
   const u32 items = req.CheckedNumOfItems(&failed);
-  PwmFreqResp respMsg = reqMsg.CreateReply<PwmFreqResp>(FanResponse::SizeFor(kPwmFreqResponse, items));
-  const MsgGuard guard(respMsg.msg);
+  OwnedMsg respMsg(reqMsg.CreateReply<PwmFreqResp>(FanResponse::SizeFor(kPwmFreqResponse, items)));
   if (respMsg.payload == nullptr) {
     throw MsgHandlingException("Payload missing from API_SET_FAN_PWM_FREQ_RESP_MSG", __FILE_NAME__, __LINE__);
   }

@@ -4,8 +4,8 @@
 #include "Endpoints.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
 #include "OnlineTag.h"
+#include "OwnedMsg.h"
 #include "messages/Autodet.h"
 #include "messages/MessageIds.h"
 #include "messages/ResetEvent.h"
@@ -42,8 +42,7 @@ void ClimateService::WaitingForAdetSToInit() {
 
 void ClimateService::SubscribeToResetService() {
   const TAaSysComSicad destination = AaSysComSicadGet(HWAPI_RESET_SERVICE, AaSysComGetOwnNid());
-  SubscribeReq req(destination, kDefaultSize);
-  const MsgGuard guard(req.msg);
+  OwnedMsg req(SubscribeReq(destination, kDefaultSize));
   if (req.payload == nullptr) {
     throw MsgHandlingException("Creation of API_RESET_EVENT_NOTIF_SUBSCRIBE_REQ_MSG failed", __FILE_NAME__, __LINE__);
   }
@@ -62,9 +61,9 @@ void ClimateService::SubscribeToResetService() {
 void ClimateService::RegisterAutodetMsgDelegates() {
   RegisterRoutes(kAutodetRoutes);
   const TAaSysComSicad own = AaSysComSicadGet(0, AaSysComGetOwnNid());
-  AutodetReq req(AaSysComNmapGetSicad(AaSysComNmapGetBoard(own), AaSysComNmapGetCpu(own), HWAPI_AUTODET_SERVICE),
-                 kDefaultSize);
-  const MsgGuard guard(req.msg);
+  const TAaSysComSicad destination =
+      AaSysComNmapGetSicad(AaSysComNmapGetBoard(own), AaSysComNmapGetCpu(own), HWAPI_AUTODET_SERVICE);
+  OwnedMsg req(AutodetReq(destination, kDefaultSize));
   if (req.payload == nullptr) {
     throw MsgHandlingException("Payload missing from API_AUTODET_REQ_MSG", __FILE_NAME__, __LINE__);
   }

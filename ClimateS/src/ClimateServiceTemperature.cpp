@@ -6,7 +6,7 @@
 #include "KelDaxSensorGroup.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
 #include "RadIds.h"
 #include "SensorGroupsOfBoard.h"
 #include "messages/MessageIds.h"
@@ -68,8 +68,7 @@ SensorGroup* ClimateService::SelectSensorGroup(ETempSensorType sensorType) const
 
 void ClimateService::HandleApiTempMeasReqMsg(void* msg) try {
   const TempMeasReq reqMsg(msg);
-  TempMeasResp resp = reqMsg.CreateReply<TempMeasResp>(sizeof(SApiTempMeasResp));
-  const MsgGuard guard(resp.msg);
+  OwnedMsg resp(reqMsg.CreateReply<TempMeasResp>(sizeof(SApiTempMeasResp)));
   if (resp.payload == nullptr) Fail("Creation of API_TEMP_MEAS_RESP_MSG failed", __LINE__);
   if (reqMsg.payload == nullptr) Fail("Payload missing from API_TEMP_MEAS_REQ_MSG", __LINE__);
 
@@ -134,13 +133,12 @@ void ClimateService::HandleApiTemperaturePollTimerIndMsg(void* msg) {
   if (group == nullptr) return;
 
   const u32 numberOfSensors = group->GetNumberOfSensors(sensorType);
-  TempMeasInd ind(timerInd.GetSender(), IndicationSize(numberOfSensors));
-  const MsgGuard guard(ind.msg);
+  OwnedMsg ind(TempMeasInd(timerInd.GetSender(), IndicationSize(numberOfSensors)));
   if (ind.payload == nullptr) Fail("Creation of API_TEMP_MEAS_IND_MSG failed", __LINE__);
   ind->sensorType = sensorType;
   ind->numberOfSensors = numberOfSensors;
   group->Read(ind->tempMeasurementInfo);
-  AaSysComMsgSendS(&ind.msg, AaSysComSicadGet(HWAPI_TEMPERATURE_SERVICE, AaSysComGetOwnNid()));
+  ind.SendS(AaSysComSicadGet(HWAPI_TEMPERATURE_SERVICE, AaSysComGetOwnNid()));
 }
 
 }  // namespace ps::hwapi::common::climate

@@ -5,7 +5,7 @@
 #include "Endpoints.h"
 #include "Log.h"
 #include "Msg.h"
-#include "MsgGuard.h"
+#include "OwnedMsg.h"
 #include "messages/MessageIds.h"
 
 #include <cstdlib>
@@ -55,9 +55,8 @@ int SensorGroup::ActivateTimer(ETempSensorType sensorType, unsigned int sender, 
   if (m_timerIdPtr == nullptr) return ETempMeasError_SensorType;
   if (*m_timerIdPtr != 0) return ETempMeasError_AlreadyStarted;
 
-  PollTimerMsg timerMsg(AaSysComSicadGet(HWAPI_TEMPERATURE_SERVICE, AaSysComGetOwnNid()),
-                        sizeof(SApiTemperaturePollTimerInd));
-  const MsgGuard guard(timerMsg.msg);
+  OwnedMsg timerMsg(PollTimerMsg(AaSysComSicadGet(HWAPI_TEMPERATURE_SERVICE, AaSysComGetOwnNid()),
+                                 sizeof(SApiTemperaturePollTimerInd)));
   if (timerMsg.payload == nullptr) {
     throw MsgCreationFailedException("Message allocation failed for API_TEMPERATURE_POLL_TIMER_IND_MSG", __FILE_NAME__,
                                      __LINE__);
@@ -68,7 +67,7 @@ int SensorGroup::ActivateTimer(ETempSensorType sensorType, unsigned int sender, 
   if (AaSysTimermCreate(m_timerIdPtr, kFirstExpiryUs, interval * kUsPerMs, timerMsg.msg) != 0) {
     return ETempMeasError_Interval;
   }
-  timerMsg.msg = nullptr;  // the timer's now
+  timerMsg.Release();  // the timer's now
   return ETempMeasError_NoError;
 }
 

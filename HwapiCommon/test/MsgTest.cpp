@@ -244,10 +244,14 @@ TEST_F(MsgTest, SendHandsIdPayloadAndReceiverToThePlatform) {
   EXPECT_EQ(fake::SentMessages(), std::vector{expected});
 }
 
-TEST_F(MsgTest, SendClearsTheHandle) {
-  RequestMsg msg(kService, 0);
-  msg.Send();
-  EXPECT_EQ(msg.msg, nullptr);
+TEST_F(MsgTest, SendLetsThePlatformClearTheHandleOrLeaveIt) {
+  for (const bool leave : {false, true}) {
+    fake::LeaveSentHandles(leave);
+    RequestMsg msg(kService, 0);
+    void* const handle = msg.msg;
+    msg.Send();
+    EXPECT_EQ(msg.msg, leave ? handle : nullptr);
+  }
 }
 
 TEST_F(MsgTest, IsNoOwner) {
