@@ -131,7 +131,9 @@ class ClimateService : public Service {
   ETempMeasError StartMeasurement(SensorGroup& group, const SApiTempMeasReq& req, TAaSysComSicad client);
   ETempMeasError StopMeasurement(SensorGroup& group, const SApiTempMeasReq& req);
 
-  void StopAutonomousClimateControl();
+  /// The beginning of the three set requests: the first one stops the operating system's own climate control.
+  /// @return payload size in bytes
+  u32 BeginFanRequest(void* msg);
   EStatus KillTempManagement();
   EStatus CountFansOfCabinet(u32* count);
   EStatus SetPwmFrequency(EFanUnit fan, EFanParam param);

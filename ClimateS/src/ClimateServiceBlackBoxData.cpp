@@ -18,6 +18,7 @@
 #include "messages/TagNotification.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -64,14 +65,15 @@ SResetReason LastResetReason() {
   return reason;
 }
 
-/// @return the request, its counters in this host's byte order
+/// Converts the counters of a request of the other byte order, in place.
+/// @return the request
 SApiBlackboxStoreFileReq InHostOrder(const StoreFileReq& req) {
-  SApiBlackboxStoreFileReq record = req.Record();
   if (AaSysComIsHostAndMsgEndianSame(req.msg) == GLO_FALSE) {
-    record.transactionId = AaSysComEnd32Swap(record.transactionId);
-    record.numOfPreviousFiles = AaSysComEnd32Swap(record.numOfPreviousFiles);
+    PayloadView payload(req.msg);
+    payload.Swap32(offsetof(SApiBlackboxStoreFileReq, transactionId));
+    payload.Swap32(offsetof(SApiBlackboxStoreFileReq, numOfPreviousFiles));
   }
-  return record;
+  return req.Record();
 }
 
 }  // namespace

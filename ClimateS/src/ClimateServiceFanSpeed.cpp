@@ -39,8 +39,8 @@ constexpr int kHertzPerKilohertz = 1000;
 TAaSysComSicad OwnFanEndpoint() { return AaSysComSicadGet(HWAPI_FAN_SERVICE, AaSysComGetOwnNid()); }
 
 /// Converts a request of the other byte order.
-FanRequest InHostOrder(void* msg, const FanRequestLayout& layout) {
-  FanRequest req(msg, layout);
+FanRequest InHostOrder(void* msg, PayloadView payload, const FanRequestLayout& layout) {
+  FanRequest req(payload, layout);
   if (AaSysComIsHostAndMsgEndianSame(msg) == GLO_FALSE) req.SwapBytes();
   return req;
 }
@@ -81,10 +81,10 @@ static_assert(IndicationSize(3) == 56);
 }  // namespace
 
 void ClimateService::HandleApiSetFanSpeedReqMsg(void* msg) {
-  StopAutonomousClimateControl();
+  const u32 size = BeginFanRequest(msg);
   const SpeedReq reqMsg(msg);
   if (reqMsg.payload == nullptr) Fail("Payload missing from API_SET_FAN_SPEED_REQ_MSG", __LINE__);
-  const FanRequest req = InHostOrder(msg, kSpeedRequest);
+  const FanRequest req = InHostOrder(msg, {reqMsg.payload, size}, kSpeedRequest);
   CLM_LOG(Debug, "ApiSetFanSpeedReqMsg message arrived  0x%x %d 0x%x %d 0x%x %d 0x%x %d 0x%x %d", reqMsg.GetSender(),
           static_cast<int>(req.TransactionId()), u32{req.Receiver().task}, static_cast<int>(req.NumOfItems()),
           u32{req.Fan(0)}, static_cast<int>(req.Value(0)), u32{req.Fan(1)}, static_cast<int>(req.Value(1)),
@@ -114,10 +114,10 @@ void ClimateService::HandleApiSetFanSpeedReqMsg(void* msg) {
 }
 
 void ClimateService::HandleApi2SetFanSpeedReqMsg(void* msg) {
-  StopAutonomousClimateControl();
+  const u32 size = BeginFanRequest(msg);
   const Speed2Req reqMsg(msg);
   if (reqMsg.payload == nullptr) Fail("Payload missing from API2_SET_FAN_SPEED_REQ_MSG", __LINE__);
-  const FanRequest req = InHostOrder(msg, kSpeedRequest2);
+  const FanRequest req = InHostOrder(msg, {reqMsg.payload, size}, kSpeedRequest2);
   CLM_LOG(Debug, "Api2SetFanSpeedReqMsg message arrived  0x%x %d 0x%x %d 0x%x %d 0x%x %d 0x%x %d %d",
           reqMsg.GetSender(), static_cast<int>(req.TransactionId()), u32{req.Receiver().task},
           static_cast<int>(req.TimePeriod()), req.NumOfItems(), static_cast<int>(req.Fan(0)), req.Value(0),

@@ -103,9 +103,10 @@ void ClimateService::ClearAndFillInfotext(unsigned char* info, const char* text)
   std::memcpy(info, text, length <= kInfoSize ? length : kInfoSize - 1);
 }
 
-void ClimateService::StopAutonomousClimateControl() {
-  if (m_tempManagementKilled) return;
-  if (KillTempManagement() == EStatus_NoError) m_tempManagementKilled = true;
+u32 ClimateService::BeginFanRequest(void* msg) {
+  const u32 size = AaSysComMsgGetPayloadSize(msg);
+  if (!m_tempManagementKilled && KillTempManagement() == EStatus_NoError) m_tempManagementKilled = true;
+  return size;
 }
 
 EStatus ClimateService::KillTempManagement() {
@@ -119,12 +120,12 @@ EStatus ClimateService::KillTempManagement() {
 }
 
 void ClimateService::HandleApiSetFanPwmFreqReqMsg(void* msg) {
-  StopAutonomousClimateControl();
+  const u32 size = BeginFanRequest(msg);
   const PwmFreqReq reqMsg(msg);
   if (reqMsg.payload == nullptr) {
     throw MsgHandlingException("Payload missing from API_SET_FAN_PWM_FREQ_REQ_MSG", __FILE_NAME__, __LINE__);
   }
-  const FanRequest req(msg, kPwmFreqRequest);
+  const FanRequest req({reqMsg.payload, size}, kPwmFreqRequest);
   CLM_LOG(Debug, "ApiSetFanPwmFreqReqMsg message arrived %d %d 0x%x %d 0x%x %d 0x%x %d",
           static_cast<int>(req.TransactionId()), static_cast<int>(req.NumOfItems()), u32{req.Fan(0)},
           static_cast<int>(req.Value(0)), u32{req.Fan(1)}, static_cast<int>(req.Value(1)), u32{req.Fan(2)},

@@ -8,19 +8,16 @@
 
 namespace ps::hwapi::common::climate {
 
-void FanRequest::Swap32(std::size_t offset) { m_payload.Put(offset, AaSysComEnd32Swap(m_payload.Get<u32>(offset))); }
-
 void FanRequest::SwapBytes() {
-  Swap32(0);
-  const std::size_t task = m_layout.receiver + offsetof(SMessageAddress, task);
-  m_payload.Put(task, AaSysComEnd16Swap(m_payload.Get<u16>(task)));
-  if (m_layout.timePeriod != 0) Swap32(m_layout.timePeriod);
-  Swap32(m_layout.numOfItems);
+  m_payload.Swap32(0);
+  m_payload.Swap16(m_layout.receiver + offsetof(SMessageAddress, task));
+  if (m_layout.timePeriod != 0) m_payload.Swap32(m_layout.timePeriod);
+  m_payload.Swap32(m_layout.numOfItems);
 
   const u32 items = NumOfItems();
   for (u32 i = 0; i < items && ItemOffset(i) < m_payload.Size(); ++i) {
-    Swap32(ItemOffset(i));
-    Swap32(ItemOffset(i) + sizeof(EFanUnit));
+    m_payload.Swap32(ItemOffset(i));
+    m_payload.Swap32(ItemOffset(i) + sizeof(EFanUnit));
   }
 }
 

@@ -60,7 +60,7 @@ inline constexpr FanResponseLayout kSpeedResponse2 = {.timePeriod = offsetof(SAp
 /// A received request; fields beyond the payload's end are zero. The message outlives it.
 class FanRequest {
  public:
-  FanRequest(void* msg, const FanRequestLayout& layout) : m_payload(msg), m_layout(layout) {}
+  FanRequest(PayloadView payload, const FanRequestLayout& layout) : m_payload(payload), m_layout(layout) {}
 
   u32 TransactionId() const { return m_payload.Get<u32>(0); }
   u32 NumOfItems() const { return m_payload.Get<u32>(m_layout.numOfItems); }
@@ -79,7 +79,6 @@ class FanRequest {
 
  private:
   std::size_t ItemOffset(u32 item) const { return m_layout.items + std::size_t{item} * kFanRequestItemSize; }
-  void Swap32(std::size_t offset);
 
   PayloadView m_payload;
   const FanRequestLayout& m_layout;

@@ -18,6 +18,7 @@ constexpr u32 kSetPwmFreq = 0x2C13;
 constexpr u32 kSetSpeed = 0x2C15;
 constexpr u32 kSetSpeed2 = 0x2CF1;
 
+constexpr const char* kStopLine = "ddal_temp_set_autonomous_climate_ctrl(DDAL_TEMP_AUTONOMOUS_CLIMATE_CTRL_STOP)";
 constexpr const char* kStopped =
     "2 ddal_temp_set_autonomous_climate_ctrl(DDAL_TEMP_AUTONOMOUS_CLIMATE_CTRL_STOP)\n"
     "2 ROQ temperature management succesfully killed\n";
@@ -46,11 +47,31 @@ class AutonomousClimateControlDeathTest : public fake::PlatformTest {
   }
 };
 
+/// Says in which order the first request's payload is looked at and the control is stopped.
+[[noreturn]] void SayOrderAndExit(u32 id) {
+  fake::Unit() = {.type = EUnitType_Vyd, .version = EUnitVersion_Vyda};
+  ClimateService service;
+  service.Init();
+  fake::Clear();
+  fake::Dispatch({.id = id, .payload = Words({77, 0, 0, 0, 0, 0}), .sender = 0x01020345, .receiver = 0x010104AD});
+  for (const fake::Call& call : fake::Calls({"AaSysComMsgGetPayloadSize", "AaSysComMsgGetPayload", "AaSysLogPrintE"})) {
+    const bool isStop = call.arguments.size() > 2 && call.arguments[2] == fake::Value(kStopLine);
+    if (call.function != "AaSysLogPrintE" || isStop) std::fprintf(stderr, "%s ", call.function.c_str());
+    if (call.function == "AaSysComMsgGetPayload") break;
+  }
+  std::exit(0);
+}
+
 /// Each of the requests that set something.
 class FanSettingDeathTest : public AutonomousClimateControlDeathTest, public testing::WithParamInterface<u32> {};
 
 TEST_P(FanSettingDeathTest, TheFirstRequestStopsTheAutonomousControl) {
   EXPECT_EXIT(RequestAndExit({GetParam()}, {}), testing::ExitedWithCode(0), testing::Eq(kStopped));
+}
+
+TEST_P(FanSettingDeathTest, TheControlIsStoppedBetweenThePayloadsSizeAndThePayload) {
+  EXPECT_EXIT(SayOrderAndExit(GetParam()), testing::ExitedWithCode(0),
+              testing::Eq("AaSysComMsgGetPayloadSize AaSysLogPrintE AaSysComMsgGetPayload "));
 }
 
 INSTANTIATE_TEST_SUITE_P(Request, FanSettingDeathTest, testing::Values(kSetPwmFreq, kSetSpeed, kSetSpeed2),

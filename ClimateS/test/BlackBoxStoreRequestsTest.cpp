@@ -191,6 +191,26 @@ TEST_F(StoreFileRequestTest, OfTheOtherByteOrderKeepsItsTexts) {
   EXPECT_THAT(Copies(), ElementsAre("a result"));
 }
 
+/// @return the payload of a request of the other byte order once its handler has worked on it
+fake::Bytes HandledPayload(ClimateService& service, fake::Message request) {
+  request.otherEndian = true;
+  const fake::ReceivedMessage received(request);
+  service.HandleApiBlackboxStoreFileReqMsg(received);
+  const auto* payload = static_cast<const u8*>(AaSysComMsgGetPayload(received));
+  return fake::Bytes(payload, payload + AaSysComMsgGetPayloadSize(received));
+}
+
+TEST_F(StoreFileRequestTest, OfTheOtherByteOrderIsConvertedInPlace) {
+  EXPECT_EQ(HandledPayload(*m_service, Request(0x4E000000, 0x02000000, kSource, "key")),
+            Request(0x4E, 2, kSource, "key").payload);
+}
+
+TEST_F(StoreFileRequestTest, OfTheOtherByteOrderIsConvertedAsFarAsItGoes) {
+  fake::Message request = Request(0x4E000000, 0x02000000, kSource, "");
+  request.payload.resize(6);
+  EXPECT_EQ(HandledPayload(*m_service, request), (fake::Bytes{0x4E, 0, 0, 0, 0, 0}));
+}
+
 TEST_F(StoreFileRequestTest, ASourceThatFillsItsFieldEndsThere) {
   const std::string path = "/" + std::string(127, 's');
   fake::SetFile(path, "long");

@@ -73,6 +73,27 @@ TEST_F(PayloadViewTest, PutAtAnOffsetThatWouldWrapWritesNothing) {
   EXPECT_EQ(PayloadOf(*m_msg), (fake::Bytes{1, 2, 3, 4, 5, 6}));
 }
 
+TEST_F(PayloadViewTest, ASwapConvertsAFieldInPlace) {
+  m_view.Swap32(0);
+  m_view.Swap16(4);
+  EXPECT_EQ(PayloadOf(*m_msg), (fake::Bytes{4, 3, 2, 1, 6, 5}));
+}
+
+TEST_F(PayloadViewTest, ASwapAcrossTheEndWritesNothingBehindIt) {
+  m_view.Swap32(4);
+  m_view.Swap16(6);
+  EXPECT_EQ(PayloadOf(*m_msg), (fake::Bytes{1, 2, 3, 4, 0, 0}));
+}
+
+TEST_F(PayloadViewTest, APayloadWhoseSizeIsKnownIsNotAskedForIt) {
+  void* const payload = AaSysComMsgGetPayload(*m_msg);
+  fake::Clear();
+  EXPECT_EQ(PayloadView(payload, 3).Get<Four>(0), (Four{1, 2, 3, 0}));
+  EXPECT_TRUE(fake::Calls().empty());
+}
+
+TEST_F(PayloadViewTest, NoPayloadHasSizeZeroWhateverItIsSaidToHave) { EXPECT_EQ(PayloadView(nullptr, 6).Size(), 0u); }
+
 TEST_F(PayloadViewTest, AnEmptyMessageHasSizeZero) {
   const fake::ReceivedMessage empty(Holding({}));
   EXPECT_EQ(PayloadView(empty).Size(), 0u);
