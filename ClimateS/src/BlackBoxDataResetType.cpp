@@ -98,6 +98,8 @@ u32 ResetTypeIn(const OwnedMsg<RpRamResp>& response) {
             static_cast<int>(answer.status));
     return kNoResetType;
   }
+  // What a short answer lacks reads as zero, which would be a power-on.
+  if (AaSysComMsgGetPayloadSize(response.msg) < sizeof(answer)) return kNoResetType;
   CLM_LOG(Debug, "Blackbox::readResetTypeFromRpram(): last reset type was %d", static_cast<int>(answer.value));
   return answer.value;
 }

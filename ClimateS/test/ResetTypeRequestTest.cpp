@@ -247,11 +247,18 @@ TEST_F(ResetTypeRequestTest, TheFieldOfTheAnswerIsNoMatter) { EXPECT_EQ(AskAnswe
 
 TEST_F(ResetTypeRequestTest, WhatFollowsTheAnswerIsNoMatter) { EXPECT_EQ(AskAnsweredBy(Words({0, 0, 9, 1, 2})), 9u); }
 
-TEST_F(ResetTypeRequestTest, WhatAShortAnswerLacksIsZero) {
-  EXPECT_EQ(AskAnsweredBy({1}), 0u);
-  EXPECT_EQ(AskAnsweredBy(Words({0, 0})), 0u);
-  EXPECT_EQ(AskAnsweredBy({0, 0, 0, 0, 0, 0, 0, 0, 0x34, 0x12}), 0x1234u);
-  EXPECT_EQ(AskAnsweredBy({0, 0, 0, 0, 1}), kNoType);
+TEST_F(ResetTypeRequestTest, AnAnswerThatIsTooShortForTheTypeGivesNone) {
+  for (std::size_t size = 1; size < 12; ++size) EXPECT_EQ(AskAnsweredBy(fake::Bytes(size, 0)), kNoType) << size;
+}
+
+TEST_F(ResetTypeRequestTest, AnAnswerThatIsTooShortHasNoLineOfItsOwn) {
+  AskAnsweredBy({0, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0});
+  EXPECT_THAT(fake::LogLines(), ElementsAre(m_waiting, m_sending, m_received));
+}
+
+TEST_F(ResetTypeRequestTest, TheErrorOfAnAnswerWithoutATypeIsLogged) {
+  EXPECT_EQ(AskAnsweredBy(Words({0, 2})), kNoType);
+  EXPECT_EQ(fake::LogLines().back(), StatusLine(2));
 }
 
 TEST_F(ResetTypeRequestTest, AnAnswerWithoutAPayloadIsFatal) {
