@@ -17,17 +17,17 @@ constexpr const char* kStandbyBoardFile = "/ffs/stb/config/lifedata/blackbox";
 constexpr u32 kActiveImage = 0;
 constexpr u32 kPassiveImage = 1;
 
-/// @return what the file holds, lines as the platform gives them; of a file that is longer than `most`, a beginning
-/// that
-///         is longer as well
-std::string ContentOf(TAaFile* file, std::size_t most) {
+/// Reads a file to its end.
+/// @return what it holds, lines as the platform gives them; of one that is longer than @p wanted bytes, a beginning
+///         that is longer as well
+std::string ContentOf(TAaFile* file, std::size_t wanted) {
   std::string content;
   char line[kConfigLineSize] = {};
   const char* more = nullptr;
   do {
     more = AaFileReadLine(line, kConfigLineSize, file);
-    content += line;
-  } while (more != nullptr && content.size() <= most);
+    if (content.size() <= wanted) content += line;
+  } while (more != nullptr);
   return content;
 }
 
@@ -115,12 +115,14 @@ std::string BlackBoxData::ConfigFileText() const {
 }
 
 bool BlackBoxData::ConfigFileIsRight(const std::string& path, const std::string& wanted) {
-  const ReadFile file = OpenToRead(path);
+  ReadFile file = OpenToRead(path);
   if (file == nullptr) {
     CLM_LOG(Debug, "BlackBoxData::createConfigFile(): configuration file needs to be created");
     return false;
   }
-  if (ContentOf(file.get(), wanted.size()) == wanted) return true;
+  const std::string content = ContentOf(file.get(), wanted.size());
+  file.reset();
+  if (content == wanted) return true;
   CLM_LOG(Debug, "BlackBoxData::createConfigFile(): configuration file needs to be updated");
   return false;
 }

@@ -80,6 +80,19 @@ TEST_F(BlackBoxConfigFileTest, IsReadInLinesOf256Bytes) {
   EXPECT_EQ(fake::Calls("AaFileReadLine"), (std::vector<fake::Call>(9, {"AaFileReadLine", 256, kConfigFile})));
 }
 
+TEST_F(BlackBoxConfigFileTest, IsReadToItsEndAlsoPastTheWantedText) {
+  FileCallsWith(kWanted + std::string(99, '\n'));
+  EXPECT_EQ(fake::Calls("AaFileReadLine").size(), 8u + 99u + 1u);
+}
+
+TEST_F(BlackBoxConfigFileTest, IsClosedBeforeItCountsAsToBeUpdated) {
+  FileCallsWith("other");
+  EXPECT_TRUE(fake::CalledInOrder({{"AaFileReadLine", 256, kConfigFile},
+                                   {"AaFileClose", kConfigFile},
+                                   {"AaSysLogPrintE", kDebug, 131143, m_updated.text},
+                                   {"AaFileOpen", kConfigFile, "w"}}));
+}
+
 /// A configuration file that is not right.
 class WrongConfigFileTest : public BlackBoxConfigFileTest, public testing::WithParamInterface<std::string> {};
 
