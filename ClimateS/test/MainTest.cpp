@@ -120,6 +120,11 @@ TEST_F(MainDeathTest, TheBareOptionVMakesTheServiceVerbose) {
   EXPECT_TRUE(fake::IsVerbose());
 }
 
+TEST_F(MainDeathTest, TheTextOfTheBareOptionAsItsValueMakesTheServiceVerbose) {
+  Run({"-V", "arg on"});
+  EXPECT_TRUE(fake::IsVerbose());
+}
+
 TEST_F(MainDeathTest, VerbosityIsSetBeforeTheInitialisation) {
   Run({"-V"});
   EXPECT_TRUE(fake::CalledInOrder({{"Service::SetVerbose", 1}, {"ApiGetLocalUnitVersion"}}));

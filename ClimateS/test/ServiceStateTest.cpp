@@ -49,7 +49,7 @@ TEST_F(ServiceStateTest, IsReadOnceTheCommonStateIsLeft) {
   StopMeasurement();
   EXPECT_TRUE(fake::UsesCommonServiceState());
   SetFans();
-  EXPECT_EQ(State(), kPollingTempAndFan);
+  EXPECT_EQ(State(), kPollingFan) << "nothing is left of a state that was left";
 }
 
 }  // namespace

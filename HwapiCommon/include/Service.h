@@ -15,7 +15,8 @@ enum ERedundancyCommand : u32 { ERedundancyCommand_Activate = 0, ERedundancyComm
 /// What it answers.
 enum ERedundancyState : u32 { ERedundancyState_NotReady = 0, ERedundancyState_Ready = 1 };
 
-/// The options of a command line: "-X" or "-X value". A bare "-X" has the text "arg on".
+/// The options of a command line: "-X" or "-X value". A bare "-X" has the text "arg on", and so has one whose value is
+/// that text.
 class ArgumentParser {
  public:
   ArgumentParser();
@@ -96,7 +97,8 @@ class Service {
   /// @return the state of SetServiceStateRad; 0 while the service is in the state that all services share, as it is
   ///         until SetUseCommonServiceState(0)
   u32 GetServiceStateRad() const;
-  /// Non-zero: the service is in the state that all services share; 0: in the one of SetServiceStateRad.
+  /// Non-zero: the service is in the state that all services share, and leaves its own, of which nothing is kept;
+  /// 0: in the one of SetServiceStateRad from here on.
   void SetUseCommonServiceState(u32 common);
 
  private:

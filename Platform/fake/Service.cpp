@@ -89,7 +89,8 @@ std::string ArgumentParser::Parse(int argc, const char* const* argv) {
       return "unknown argument \"" + argument + "\"";
     }
     const bool hasValue = i + 1 < argc && argv[i + 1][0] != '-';
-    m_state->given[name] = hasValue ? argv[++i] : "on";
+    const std::string value = hasValue ? argv[++i] : "on";
+    m_state->given[name] = value == "arg on" ? "on" : value;
   }
   return "";
 }
@@ -183,6 +184,7 @@ void Service::SetUseCommonServiceState(u32 common) {
   const Lock lock;
   Record({"Service::SetUseCommonServiceState", common});
   m_state->commonState = common != 0;
+  if (m_state->commonState) m_state->state = 0;
 }
 
 }  // namespace ps::hwapi::common

@@ -10,6 +10,8 @@ namespace {
 
 constexpr std::string_view kBoard = "-board";
 constexpr std::string_view kHelp = "-help";
+/// Text of a bare option; as its value, the same.
+constexpr std::string_view kOn = "arg on";
 
 struct Option {
   std::string name;   ///< without the dash
@@ -73,7 +75,8 @@ std::string ArgumentParser::Parse(int argc, const char* const* argv) {
     const bool follows = !attached && option->name != kHelp && i + 1 < argc && argv[i + 1][0] != '-';
     const std::string_view value = attached ? argument.substr(equals + 1) : follows ? argv[++i] : "";
     if (option->name == kBoard && value.empty()) return state.Wrong("option \"--board\" needs a file");
-    option->value = "arg " + std::string(value.empty() ? "on" : value);
+    const bool on = value.empty() || (value == kOn && option->name != kBoard);
+    option->value = on ? std::string(kOn) : "arg " + std::string(value);
   }
   // The usage is the answer to --help; with a result that is not empty nobody goes on.
   return GetOption(std::string(kHelp)).empty() ? std::string() : state.Usage();

@@ -280,6 +280,9 @@ void Service::SetServiceStateRad(unsigned state) {
 
 u32 Service::GetServiceStateRad() const { return m_state->commonState ? 0 : m_state->serviceState; }
 
-void Service::SetUseCommonServiceState(u32 common) { m_state->commonState = common != 0; }
+void Service::SetUseCommonServiceState(u32 common) {
+  m_state->commonState = common != 0;
+  if (m_state->commonState) m_state->serviceState = 0;
+}
 
 }  // namespace ps::hwapi::common

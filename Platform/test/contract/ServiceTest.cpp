@@ -122,9 +122,26 @@ TEST(ServiceLoop, GoesOnAfterAMessageWithoutADelegate) {
 
 TEST(ServiceState, IsTheOneThatWasSetUnlessItIsTheCommonOne) {
   StepService service;
+  service.SetUseCommonServiceState(0);
   service.SetServiceStateRad(4098);
+  EXPECT_EQ(service.GetServiceStateRad(), 4098u);
   service.SetUseCommonServiceState(1);
   EXPECT_NE(service.GetServiceStateRad(), 4098u);
+}
+
+TEST(ServiceState, IsNotKeptWhenItWasLeft) {
+  StepService service;
+  service.SetUseCommonServiceState(0);
+  service.SetServiceStateRad(4096);
+  service.SetUseCommonServiceState(1);
+  service.SetUseCommonServiceState(0);
+  EXPECT_NE(service.GetServiceStateRad(), 4096u);
+}
+
+TEST(ServiceState, IsKeptWhileItIsTheOwnOne) {
+  StepService service;
+  service.SetUseCommonServiceState(0);
+  service.SetServiceStateRad(4098);
   service.SetUseCommonServiceState(0);
   EXPECT_EQ(service.GetServiceStateRad(), 4098u);
 }
@@ -159,6 +176,14 @@ TEST(ServiceArguments, OfAnOptionWithAValueIsTheValue) {
   const char* arguments[] = {"program", "-V", "off"};
   EXPECT_EQ(parser.Parse(3, arguments), "");
   EXPECT_EQ(parser.GetOption("V"), "arg off");
+}
+
+TEST(ServiceArguments, OfAnOptionWhoseValueIsItsTextIsOn) {
+  ArgumentParser parser;
+  parser.AddOption("-V Verbose\n");
+  const char* arguments[] = {"program", "-V", "arg on"};
+  EXPECT_EQ(parser.Parse(3, arguments), "");
+  EXPECT_EQ(parser.GetOption("V"), "arg on");
 }
 
 TEST(ServiceArguments, OfAnOptionThatWasNotGivenIsEmpty) {

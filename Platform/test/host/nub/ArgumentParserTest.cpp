@@ -36,6 +36,16 @@ TEST_F(ArgumentParserTest, AnOptionsValueIsItsText) {
   EXPECT_EQ(m_parser.GetOption("V"), "arg off");
 }
 
+TEST_F(ArgumentParserTest, AnOptionWhoseValueIsTheTextOfABareOneIsOn) {
+  EXPECT_EQ(Parse({"-V", "arg on"}), "");
+  EXPECT_EQ(m_parser.GetOption("V"), "arg on");
+}
+
+TEST_F(ArgumentParserTest, ABoardMayHaveAnyName) {
+  EXPECT_EQ(Parse({"--board", "arg on"}), "");
+  EXPECT_EQ(m_parser.GetOption("-board"), "arg arg on");
+}
+
 TEST_F(ArgumentParserTest, AnOptionIsNoValueOfTheOneBeforeIt) {
   EXPECT_EQ(Parse({"-V", "--board", "file"}), "");
   EXPECT_EQ(m_parser.GetOption("V"), "arg on");
