@@ -5,6 +5,7 @@
 #include "BlackBoxFile.h"
 #include "LifedataDirectory.h"
 #include "Log.h"
+#include "Patience.h"
 #include "TechlogFile.h"
 
 #include <memory>
@@ -117,13 +118,24 @@ bool BlackBoxData::ReadPathTag(const PathTag& row) {
 }
 
 void BlackBoxData::createDataFiles() {
+  Patience patience;
+  WriteDataFiles(patience);
+}
+
+void BlackBoxData::createDataFilesBeforeReset() {
+  Patience patience;
+  WriteDataFiles(patience);
+  patience.WaitUntil([this] { return boardFileWriters == 0; });
+}
+
+void BlackBoxData::WriteDataFiles(Patience& patience) {
   if (blackBoxInitialized == 0) return;
   createBlackboxFile();
   copyAlarmsFile();
   copySfpFile();
   if (blackBoxTemperatureTraceEnabled == 0) return;
-  if (firstSnapshotDone == 0) takeSnapshot();
-  writeTempAndSpeedDataToFile();
+  if (firstSnapshotDone == 0) TakeSnapshot(patience);
+  WriteTraceFile(patience);
 }
 
 void LogOutOfMemory(const char* operation) { CLM_LOG(Error, "BlackBoxData::%s(): out of memory", operation); }

@@ -5,6 +5,7 @@
 
 #include "AaFile.h"
 #include "AaSem.h"
+#include "BlackBoxCallbacks.h"
 #include "BlackBoxRecords.h"
 #include "HwapiUnit.h"
 #include "Published.h"
@@ -13,12 +14,14 @@
 
 namespace ps::hwapi::common::climate {
 
+class Patience;
+
 /// The recorder. Sensors and fans are known by name; values are kept and written exactly as they are reported.
 ///
 /// Nothing here throws: an operation that runs out of memory logs that and loses what it was about to record. Only the
 /// steps, which other operations take, leave std::bad_alloc to those. Unless said otherwise an operation may be called
-/// from every thread, at the same time as any other. Results are 1 for done and 0 for not done; each failure has its
-/// log line.
+/// from every thread, at the same time as any other; none waits for the driver calls of another thread, nor for its
+/// file calls longer than a second. Results are 1 for done and 0 for not done; each failure has its log line.
 class BlackBoxData {
  public:
   BlackBoxData();
@@ -48,12 +51,14 @@ class BlackBoxData {
   void addFan(std::string fanName);
   ///@}
 
-  /// @name Readings, dropped until recording began. Service thread.
+  /// @name Readings, dropped until recording began; they take no memory. Service thread.
   ///@{
   /// @param temperature thousandths of a degree Celsius
-  void addTemperature(std::string sensorName, int temperature);
+  void addTemperature(const char* sensorName, int temperature);
+  void addTemperature(std::string sensorName, int temperature) { addTemperature(sensorName.c_str(), temperature); }
   /// The sensor could not be read.
-  void addTemperatureError(std::string sensorName);
+  void addTemperatureError(const char* sensorName);
+  void addTemperatureError(std::string sensorName) { addTemperatureError(sensorName.c_str()); }
   /// @param speed revolutions a minute
   void addFanSpeed(std::string fanName, int speed);
   /// The fan could not be read.
@@ -78,14 +83,14 @@ class BlackBoxData {
   ///@{
   /// Writes all black-box files, once initialized.
   void createDataFiles();
+  /// The same before the board may go down: waits, a second at most, for an older board file that another thread is
+  /// putting in place, after which that thread writes the newest history.
+  void createDataFilesBeforeReset();
   /// Writes the file that tells other tools where the black-box files are, unless it is right. @return 1, else 0
   u32 createConfigFile();
   /// Writes the board file. @return 1, or 0 when it cannot be created
   u32 createBlackboxFile();
-  /// Before the board may go down: waits for board files of other threads, which may be older, and writes it again.
-  void settleBoardFile();
-  /// @return 1 when the board file can be opened, else 0
-  u32 blackBoxFileExists() const;
+  u32 blackBoxFileExists() const;  ///< 1 when the board file can be opened, else 0
   /// Step: finds the software builds of both file systems; empty texts when unknown.
   void getBtsSoftwareVersion(std::string& active, std::string& passive);
   /// Copy the alarm log and the SFP log of the O&M side. @return 1, else 0
@@ -93,8 +98,7 @@ class BlackBoxData {
   u32 copySfpFile();
   /// Copies the board file to the file system that does not run, so that it survives a switch to the other image.
   void CopyFileToNonRunningFS();
-  /// Takes over what earlier software kept elsewhere.
-  void cleanupOldFiles();
+  void cleanupOldFiles();  ///< takes over what earlier software kept elsewhere
   ///@}
 
   /// @name Stored files. Service thread. Those between copyFile and registerSelfTestFiles are steps.
@@ -150,6 +154,7 @@ class BlackBoxData {
  private:
   struct PathTag;
   struct CollectedFile;
+  struct BoardFile;
   static const PathTag kPathTags[];
   static const CollectedFile kCollectedFiles[];
 
@@ -158,7 +163,12 @@ class BlackBoxData {
   std::string TraceHead() const;
   std::string ConfigFileText() const;
   static bool ConfigFileIsRight(const std::string& path, const std::string& wanted);
-  std::string BoardFileText(const std::deque<std::string>& resets);
+  TAaFile* OpenBoardFile() const;
+  BoardFile AskForBoardFile();
+  bool PutInPlace(TAaFile* file, const std::deque<std::string>& resets) const;
+  void WriteDataFiles(Patience& patience);
+  void TakeSnapshot(Patience& patience);
+  u32 WriteTraceFile(Patience& patience);
   static u32 CopyLog(const char* operation, const Published<std::string>& source, const Published<std::string>& target);
   u32 CopySfpFileIfThereIsOne();
   bool IsReadyForTechlog(const std::string& fileName);
@@ -181,19 +191,10 @@ class BlackBoxData {
   std::atomic<u32> blackBoxInitialized = 0;
   std::atomic<u32> firstSnapshotDone = 0;
   std::atomic<TAaSem*> ringBufferSyncSemaphore = nullptr;
+  std::atomic<bool> ringBufferTaken = false;  ///< a thread holds the semaphore
   Published<ResetHistory> resetReasonAndTimestamp;
-  std::atomic<u32> boardFileWriters = 0;
-  std::string resetReasonReadInStartup;  ///< written before the thread that reads it is started
+  std::atomic<u32> boardFileWriters = 0;  ///< threads in the file calls of a board file
+  std::string resetReasonReadInStartup;   ///< written before the thread that reads it is started
 };
-
-// Callbacks of the troubleshooting service, on its threads.
-int techlogPrepareFileCb(const char* fileName, const void* context);
-int techlogStoreFileCb(const char* fileName, const void* context);
-void techlogDeleteFileCb(const char* fileName, const void* context);
-
-// Threads of the black box; the first two never end.
-void* waitingForTheSnapshotTmo(void* argument);
-void* waitingForTheFileStoringTmo(void* argument);
-void* waitingForNTPTime(void* argument);
 
 }  // namespace ps::hwapi::common::climate

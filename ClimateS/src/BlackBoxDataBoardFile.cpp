@@ -129,16 +129,13 @@ std::string ProductLines() {
   return text + FilterHwswidLine();
 }
 
-/// Counts a writer of the board file for as long as it writes.
+/// Counts a thread among those in the file calls of a board file.
 class Writing {
  public:
   explicit Writing(std::atomic<u32>& writers) : m_writers(writers) { ++m_writers; }
   Writing(const Writing&) = delete;
   Writing& operator=(const Writing&) = delete;
-  ~Writing() {
-    --m_writers;
-    m_writers.notify_all();
-  }
+  ~Writing() { --m_writers; }
 
  private:
   std::atomic<u32>& m_writers;
@@ -179,54 +176,87 @@ void BlackBoxData::getBtsSoftwareVersion(std::string& active, std::string& passi
   CLM_LOG(Debug, "GetBtsSoftwareVersion: passive SW build: %s", passive.c_str());
 }
 
-std::string BlackBoxData::BoardFileText(const std::deque<std::string>& resets) {
-  std::string text = "TIMESTAMP: " + UtcText(UtcNow()) + "\n";
+/// What the board file says, as far as it is asked of the platform. The history comes into it when it is written:
+/// asking may take long.
+struct BlackBoxData::BoardFile {
+  std::string Text(const std::deque<std::string>& resets) const {
+    std::string text = beforeResets;
+    for (const std::string& reset : resets) text += reset;
+    return text + behindResets;
+  }
+
+  std::string beforeResets;
+  std::string behindResets;
+  std::string products;
+};
+
+BlackBoxData::BoardFile BlackBoxData::AskForBoardFile() {
+  BoardFile content;
+  std::string& text = content.beforeResets;
+  text = "TIMESTAMP: " + UtcText(UtcNow()) + "\n";
   text += UnitLine("PRODUCT CODE", ApiGetModuleProductionCode, "product code");
   text += UnitLine("SERIAL NUMBER", ApiGetModuleSerialNumber, "serial number");
   text += DeviceTreeLine("ISTI", ddal_devicetree_get_isti, "ISTI from devicetree");
   text += ResetCounterLine();
   text += "RESET Reason and timestamp:\n";
-  for (const std::string& reset : resets) text += reset;
   std::string active, passive;
   getBtsSoftwareVersion(active, passive);
-  text += SoftwareLine("SW VERSION: active", active, EAaSysLogSeverityLevel_Error, "active SW version");
-  text += SoftwareLine("SW VERSION: passive", passive, EAaSysLogSeverityLevel_Warning, "passive SW version");
-  text += ActiveFileSystemLine();
-  text += DeviceTreeLine("ERRORS: ECC single-bit error counter", ddal_devicetree_get_ecc_single,
+  std::string& rest = content.behindResets;
+  rest = SoftwareLine("SW VERSION: active", active, EAaSysLogSeverityLevel_Error, "active SW version");
+  rest += SoftwareLine("SW VERSION: passive", passive, EAaSysLogSeverityLevel_Warning, "passive SW version");
+  rest += ActiveFileSystemLine();
+  rest += DeviceTreeLine("ERRORS: ECC single-bit error counter", ddal_devicetree_get_ecc_single,
                          "ECC single-bit error counter from devicetree");
-  text += DeviceTreeLine("ERRORS: ECC double-bit error counter", ddal_devicetree_get_ecc_double,
+  rest += DeviceTreeLine("ERRORS: ECC double-bit error counter", ddal_devicetree_get_ecc_double,
                          "ECC double-bit error counter from devicetree");
-  return text;
+  return content;
+}
+
+TAaFile* BlackBoxData::OpenBoardFile() const {
+  const std::string path = PathIn(blackboxFileLocation);
+  TAaFile* const file = AaFileOpen(path.c_str(), "w");
+  if (file == nullptr) CLM_LOG(Error, "BlackBoxData::createBlackboxFile(): failed to create file %s", path.c_str());
+  return file;
+}
+
+/// Puts a board file in place, unless its history is outdated: it is left open then. Another thread may add a reset,
+/// and put its file in place, at any moment, also just before this one.
+/// @return whether the newest history is in place
+bool BlackBoxData::PutInPlace(TAaFile* file, const std::deque<std::string>& resets) const {
+  if (resetReasonAndTimestamp.Read()->entries != resets) return false;
+  CLM_LOG(Debug, "BlackBoxData::createBlackboxFile(): %s file has been created", blackboxFileLocation.Read()->c_str());
+  AaFileClose(file);
+  return resetReasonAndTimestamp.Read()->entries == resets;
 }
 
 u32 BlackBoxData::createBlackboxFile() try {
-  const Writing writing(boardFileWriters);
-  const std::string path = PathIn(blackboxFileLocation);
+  TAaFile* file = OpenBoardFile();
+  if (file == nullptr) return 0;
+  BoardFile content = AskForBoardFile();
   std::deque<std::string> resets;
-  do {
-    TAaFile* const file = AaFileOpen(path.c_str(), "w");
-    if (file == nullptr) {
-      CLM_LOG(Error, "BlackBoxData::createBlackboxFile(): failed to create file %s", path.c_str());
-      return 0;
-    }
+  const auto write = [&] {
     resets = resetReasonAndTimestamp.Read()->entries;
-    WriteText(BoardFileText(resets), file);
-    if (unitType == EUnitType_Pivo) WriteText(ProductLines(), file);
-    CLM_LOG(Debug, "BlackBoxData::createBlackboxFile(): %s file has been created", path.c_str());
-    AaFileClose(file);
-    // Another thread may have added a reset and written it before this file took its place.
-  } while (resetReasonAndTimestamp.Read()->entries != resets);
+    WriteText(content.Text(resets), file);
+  };
+  const bool hasProducts = unitType == EUnitType_Pivo;
+  {
+    const Writing writing(boardFileWriters);
+    write();
+  }
+  if (hasProducts) content.products = ProductLines();
+  const Writing writing(boardFileWriters);
+  if (hasProducts) WriteText(content.products, file);
+  // Whoever is the last one to put a file in place writes the newest history, without asking anybody again.
+  while (!PutInPlace(file, resets)) {
+    file = OpenBoardFile();
+    if (file == nullptr) return 0;
+    write();
+    if (hasProducts) WriteText(content.products, file);
+  }
   return 1;
 } catch (const std::bad_alloc&) {
   LogOutOfMemory("createBlackboxFile");
   return 0;
-}
-
-void BlackBoxData::settleBoardFile() {
-  u32 writers = boardFileWriters;
-  if (writers == 0) return;
-  for (; writers != 0; writers = boardFileWriters) boardFileWriters.wait(writers);
-  createBlackboxFile();
 }
 
 u32 BlackBoxData::blackBoxFileExists() const try {

@@ -4,6 +4,7 @@
 #include "Log.h"
 
 #include <new>
+#include <string_view>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -20,7 +21,7 @@ bool AddRecord(Published<Map>& records, const std::string& name) {
 
 /// @return the record; null when the name is unknown
 template <typename Map>
-typename Map::mapped_type FindRecord(const Published<Map>& records, const std::string& name) {
+typename Map::mapped_type FindRecord(const Published<Map>& records, std::string_view name) {
   const auto map = records.Read();
   const auto found = map->find(name);
   return found != map->end() ? found->second : nullptr;
@@ -51,11 +52,11 @@ void BlackBoxData::removeSensor(std::string sensorName) try {
   LogOutOfMemory("removeSensor");
 }
 
-void BlackBoxData::addTemperature(std::string sensorName, int temperature) {
+void BlackBoxData::addTemperature(const char* sensorName, int temperature) {
   if (blackBoxTemperatureTraceEnabled == 0) return;
   const auto sensor = FindRecord(sensorTempMap, sensorName);
   if (sensor == nullptr) {
-    CLM_LOG(Error, "BlackBoxData::addTemperature(): sensor %s not found", sensorName.c_str());
+    CLM_LOG(Error, "BlackBoxData::addTemperature(): sensor %s not found", sensorName);
     return;
   }
   // The maximum first: whoever writes the trace file meanwhile reads the minimum first, and takes it for both.
@@ -66,12 +67,12 @@ void BlackBoxData::addTemperature(std::string sensorName, int temperature) {
   CLM_LOG(Debug, "BlackBoxData::addTemperature(): temperature %d", temperature);
 }
 
-void BlackBoxData::addTemperatureError(std::string sensorName) {
+void BlackBoxData::addTemperatureError(const char* sensorName) {
   if (blackBoxTemperatureTraceEnabled == 0) return;
   if (const auto sensor = FindRecord(sensorTempMap, sensorName)) {
     sensor->error = 1;
   } else {
-    CLM_LOG(Error, "BlackBoxData::addTemperatureError(): sensor %s not found", sensorName.c_str());
+    CLM_LOG(Error, "BlackBoxData::addTemperatureError(): sensor %s not found", sensorName);
   }
 }
 

@@ -6,6 +6,7 @@
 #include "BlackBoxFile.h"
 #include "LifedataDirectory.h"
 #include "Log.h"
+#include "Patience.h"
 #include "RadIds.h"
 #include "UtcText.h"
 
@@ -29,20 +30,30 @@ constexpr u32 kArgumentSize = 4;
 /// Hours since the files were written.
 std::atomic<u32> fileStoringTimeoutCounter = 0;
 
-/// Holds the semaphore of the ring. Before there is one, nothing is held.
+/// Holds the semaphore of the ring. Before there is one, nothing is held; nor when a thread that holds it while it
+/// writes the file does not come to its end in time: the ring's versions are safe without.
 class RingGuard {
  public:
-  explicit RingGuard(TAaSem* semaphore) : m_semaphore(semaphore) {
-    if (m_semaphore != nullptr) AaSemWait(m_semaphore);
+  /// @param taken whether a thread holds the semaphore: nobody else waits for it, since that wait would have no end
+  RingGuard(TAaSem* semaphore, std::atomic<bool>& taken, Patience& patience) : m_semaphore(semaphore), m_taken(taken) {
+    if (m_semaphore == nullptr) return;
+    if (patience.WaitUntil([&taken] { return !taken.exchange(true); })) {
+      AaSemWait(m_semaphore);
+    } else {
+      m_semaphore = nullptr;
+    }
   }
   RingGuard(const RingGuard&) = delete;
   RingGuard& operator=(const RingGuard&) = delete;
   ~RingGuard() {
-    if (m_semaphore != nullptr) AaSemPost(m_semaphore);
+    if (m_semaphore == nullptr) return;
+    AaSemPost(m_semaphore);
+    m_taken = false;
   }
 
  private:
   TAaSem* m_semaphore;
+  std::atomic<bool>& m_taken;
 };
 
 std::string Column(bool failed, i32 value) { return failed ? "error\t" : std::to_string(value) + "\t"; }
@@ -87,11 +98,16 @@ std::string BlackBoxData::SnapshotLine() const {
   return line + "\n";
 }
 
-void BlackBoxData::takeSnapshot() try {
+void BlackBoxData::takeSnapshot() {
+  Patience patience;
+  TakeSnapshot(patience);
+}
+
+void BlackBoxData::TakeSnapshot(Patience& patience) try {
   const std::string line = SnapshotLine();
   CLM_LOG(Debug, "BlackBoxData::takeSnapshot: %s", line.c_str());
   {
-    const RingGuard guard(ringBufferSyncSemaphore);
+    const RingGuard guard(ringBufferSyncSemaphore, ringBufferTaken, patience);
     ringBuffer.Update([&line](SnapshotRing& ring) {
       Push(ring, line);
       return true;
@@ -123,7 +139,12 @@ std::string BlackBoxData::TraceHead() const {
          "#TEMPANDSPEED: temperatures and fan speeds\n" + "#                  \t" + names + Names(*fans) + "\n";
 }
 
-u32 BlackBoxData::writeTempAndSpeedDataToFile() try {
+u32 BlackBoxData::writeTempAndSpeedDataToFile() {
+  Patience patience;
+  return WriteTraceFile(patience);
+}
+
+u32 BlackBoxData::WriteTraceFile(Patience& patience) try {
   const std::string path = PathIn(tempFileLocation);
   if (path.empty()) {
     CLM_LOG(Error,
@@ -141,7 +162,7 @@ u32 BlackBoxData::writeTempAndSpeedDataToFile() try {
   }
   WriteText(head, file);
   {
-    const RingGuard guard(ringBufferSyncSemaphore);
+    const RingGuard guard(ringBufferSyncSemaphore, ringBufferTaken, patience);
     const auto lines = ringBuffer.Read();
     for (const auto& line : *lines) WriteText(*line, file);
   }

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -35,8 +36,8 @@ struct SFanSpeedValue {
 static_assert(sizeof(SFanSpeedValue) == 8);
 
 /// Records by name, in the order of the trace file's columns. A version that is being read keeps its records.
-using SensorTempMap = std::map<std::string, std::shared_ptr<SSensorTempValues>>;
-using FanSpeedMap = std::map<std::string, std::shared_ptr<SFanSpeedValue>>;
+using SensorTempMap = std::map<std::string, std::shared_ptr<SSensorTempValues>, std::less<>>;
+using FanSpeedMap = std::map<std::string, std::shared_ptr<SFanSpeedValue>, std::less<>>;
 
 /// Snapshot lines with their line ends, oldest first. Versions share the lines.
 using SnapshotRing = std::deque<std::shared_ptr<const std::string>>;

@@ -109,8 +109,7 @@ void ClimateServiceBlackBoxData::StoreReset(const SApi2ResetReq& req) {
   if (!extended.empty()) reason += " (" + extended + ")";
   BlackBoxData* const blackBox = BlackBoxData::getInstance();
   blackBox->addResetReasonWithTimestamp(reason);
-  blackBox->createDataFiles();
-  blackBox->settleBoardFile();
+  blackBox->createDataFilesBeforeReset();
   blackBox->CopyFileToNonRunningFS();
 }
 
