@@ -177,8 +177,13 @@ std::string BlackBoxData::createTimeStamp() { return UtcDigits(UtcNow()); }
 void BlackBoxData::registerSelfTestFiles() try {
   const Listing listing;
   if (!listing.found) return;
-  for (const auto& [path, key] : StoredFilesOf(listing)) {
-    Insert(storedFiles, key, path);
+  const storedFileMap found = StoredFilesOf(listing);
+  // All in one version: each is a copy of the one before.
+  storedFiles.Update([&found](storedFileMap& map) {
+    for (const auto& [path, key] : found) map.emplace(key, path);
+    return !found.empty();
+  });
+  for (const auto& [path, key] : found) {
     CLM_LOG(Debug, "BlackboxData::registerSelfTestFiles(): file '%s' stored with key '%s'", path.c_str(), key.c_str());
     const std::string name = basename(path);
     if (const i32 ret = RegisterTechlogFile(name, path); ret != EAaTrblRet_Ok) {

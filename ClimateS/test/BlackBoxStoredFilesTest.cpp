@@ -23,6 +23,14 @@ TEST_F(BlackBoxStoredFilesTest, ACopyIsRegisteredUnderItsNameWithoutThePath) {
               ElementsAre(fake::Call("AaTrblFileRegister", Name(1), Path(1), EAaTrblFilePriority_Low, 0)));
 }
 
+TEST_F(BlackBoxStoredFilesTest, ACopyWhoseKeyHasASlashIsRegisteredUnderWhatStandsBehindIt) {
+  const std::string folder = kLifedata + "blackbox_20160307140509_logs";
+  fake::MakeDir(folder);
+  EXPECT_EQ(m_blackBox.copyFile(2, kSource.c_str(), "logs/run 1"), 1u);
+  EXPECT_THAT(fake::Calls("AaTrblFileRegister"),
+              ElementsAre(fake::Call("AaTrblFileRegister", "run 1", folder + "/run 1", EAaTrblFilePriority_Low, 0)));
+}
+
 TEST_F(BlackBoxStoredFilesTest, ACopyIsRegisteredWithTheCallbacksOfTheBlackBox) {
   Store(2);
   const fake::TrblFile file = fake::TrblFiles().back();

@@ -301,7 +301,7 @@ TEST_F(FanSpeedIndicationTest, NoFanIsReadWhenAnIndicationCannotBeCreated) {
 TEST_F(FanSpeedIndicationTest, IndicationWithoutPayloadIsDestroyed) {
   Poll();
   LosePayload("AaSysComMsgCreate", kIndicationId);
-  EXPECT_THROW(fake::Dispatch(Expiry()), MsgHandlingException);
+  EXPECT_EQ(Refusal(Expiry()), "Message handling error: Creation of API_FAN_SPEED_IND_MSG failed");
   EXPECT_TRUE(fake::CalledInOrder({{"AaSysComMsgDestroy", kIndicationId}}));
 }
 

@@ -222,5 +222,20 @@ TEST(OutOfMemoryAtTheStartTest, TheBlackBoxIsInitializedOrSaysThatItIsNot) {
   }
 }
 
+/// @return how many allocations it takes to find stored copies of earlier runs again
+unsigned AllocationsToFind(unsigned copies) {
+  Scene scene;
+  for (unsigned i = 0; i < copies; ++i) {
+    fake::SetFile(kLifedata + "blackbox_20240101" + std::to_string(100000 + i) + "_a key of its own", "");
+  }
+  const CountedAllocations counted;
+  scene.blackBox.registerSelfTestFiles();
+  return counted.Count();
+}
+
+TEST(ManyStoredFilesTest, ToFindTwiceAsManyAgainTakesTwiceTheWork) {
+  EXPECT_LE(AllocationsToFind(400), 2 * AllocationsToFind(200));
+}
+
 }  // namespace
 }  // namespace ps::hwapi::common::climate

@@ -1,6 +1,7 @@
 #include "TrblRegistry.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace hwapi::qis {
 
@@ -11,28 +12,31 @@ TrblRegistry& TrblRegistry::Own() {
 
 bool TrblRegistry::Add(TrblFile file) {
   const std::lock_guard lock(m_mutex);
-  if (std::ranges::find(m_files, file.name, &TrblFile::name) != m_files.end()) {
-    return false;
-  }
-  m_files.push_back(std::move(file));
-  return true;
+  const std::string name = file.name;
+  const bool added = m_entries.try_emplace(name, Entry{.file = std::move(file), .number = m_registrations}).second;
+  if (added) ++m_registrations;
+  return added;
 }
 
 bool TrblRegistry::Remove(const std::string& name) {
   const std::lock_guard lock(m_mutex);
-  return std::erase_if(m_files, [&](const TrblFile& file) { return file.name == name; }) != 0;
+  return m_entries.erase(name) != 0;
 }
 
 std::optional<TrblFile> TrblRegistry::Find(const std::string& name) {
   const std::lock_guard lock(m_mutex);
-  const auto found = std::ranges::find(m_files, name, &TrblFile::name);
-  return found != m_files.end() ? std::optional(*found) : std::nullopt;
+  const auto found = m_entries.find(name);
+  return found != m_entries.end() ? std::optional(found->second.file) : std::nullopt;
 }
 
 std::vector<TrblFile> TrblRegistry::Files() {
+  std::vector<const Entry*> entries;
   const std::lock_guard lock(m_mutex);
-  std::vector<TrblFile> files = m_files;
-  std::ranges::stable_sort(files, std::ranges::greater{}, &TrblFile::priority);
+  for (const auto& [name, entry] : m_entries) entries.push_back(&entry);
+  std::ranges::sort(entries, {}, &Entry::number);
+  std::ranges::stable_sort(entries, std::ranges::greater{}, [](const Entry* entry) { return entry->file.priority; });
+  std::vector<TrblFile> files;
+  for (const Entry* const entry : entries) files.push_back(entry->file);
   return files;
 }
 

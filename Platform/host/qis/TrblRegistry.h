@@ -4,9 +4,11 @@
 
 #include "AaTrbl.h"
 
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace hwapi::qis {
@@ -22,6 +24,7 @@ struct TrblFile {
   const void* context;
 };
 
+/// Adding, removing and finding take the same time however many files there are.
 class TrblRegistry {
  public:
   static TrblRegistry& Own();
@@ -36,8 +39,14 @@ class TrblRegistry {
   std::vector<TrblFile> Files();
 
  private:
+  struct Entry {
+    TrblFile file;
+    std::uint64_t number;  ///< how many were registered before it
+  };
+
   std::mutex m_mutex;
-  std::vector<TrblFile> m_files;
+  std::unordered_map<std::string, Entry> m_entries;  ///< by name
+  std::uint64_t m_registrations = 0;
 };
 
 }  // namespace hwapi::qis

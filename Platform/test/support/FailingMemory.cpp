@@ -11,9 +11,12 @@ constexpr unsigned kNever = 0;
 thread_local unsigned t_allocationsLeft = kNever;  ///< the last of them fails
 thread_local bool t_happened = false;
 thread_local unsigned t_exempt = 0;
+thread_local unsigned t_allocations = 0;
 
 bool Fails() {
-  if (t_exempt != 0 || t_allocationsLeft == kNever || --t_allocationsLeft != 0) return false;
+  if (t_exempt != 0) return false;
+  ++t_allocations;
+  if (t_allocationsLeft == kNever || --t_allocationsLeft != 0) return false;
   t_happened = true;
   return true;
 }
@@ -26,6 +29,9 @@ FailingAllocation::FailingAllocation(unsigned nth) {
 }
 FailingAllocation::~FailingAllocation() { t_allocationsLeft = kNever; }
 bool FailingAllocation::Happened() const { return t_happened; }
+
+CountedAllocations::CountedAllocations() : m_before(t_allocations) {}
+unsigned CountedAllocations::Count() const { return t_allocations - m_before; }
 
 EnoughMemory::EnoughMemory() { ++t_exempt; }
 EnoughMemory::~EnoughMemory() { --t_exempt; }

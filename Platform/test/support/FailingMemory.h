@@ -1,5 +1,5 @@
 /// @file
-/// Memory that runs out when a test says so. Replaces operator new of the whole program.
+/// Memory that runs out when a test says so, and is counted. Replaces operator new of the whole program.
 #pragma once
 
 namespace ps::hwapi::common::climate {
@@ -15,6 +15,20 @@ class FailingAllocation {
 
   /// @return whether it has failed
   bool Happened() const;
+};
+
+/// Counts the allocations of the calling thread, as long as this object lives.
+class CountedAllocations {
+ public:
+  CountedAllocations();
+  CountedAllocations(const CountedAllocations&) = delete;
+  CountedAllocations& operator=(const CountedAllocations&) = delete;
+
+  /// @return how many there were so far
+  unsigned Count() const;
+
+ private:
+  unsigned m_before;
 };
 
 /// Exempts the calling thread, as long as this object lives: its allocations neither fail nor count.
