@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <new>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -48,7 +49,7 @@ const PaSensor* FindPaSensor(u32 name) {
 
 }  // namespace
 
-int TemperatureVerifier::GetCurrentTemperature(unsigned int name, unsigned int address, int* temperature) {
+int TemperatureVerifier::GetCurrentTemperature(unsigned int name, unsigned int address, int* temperature) noexcept {
   if (!isMorvet() || FindPaSensor(name) == nullptr) return ddal_temp_get_curr(address, temperature);
   try {
     *temperature = GetPaSensorsValidCurrTemp(name, address);
@@ -58,6 +59,10 @@ int TemperatureVerifier::GetCurrentTemperature(unsigned int name, unsigned int a
             e.getDescription().c_str(), e.getOpName().c_str(), static_cast<int>(e.getErrCode()), e.getFile().c_str(),
             static_cast<ssize_t>(e.getLine()));
     return static_cast<int>(e.getErrCode());
+  } catch (const std::bad_alloc&) {
+    // A check failed, and there is no memory to say which.
+    CLM_LOG(Error, "TemperatureVerifier::GetCurrentTemperature: out of memory");
+    return kNotPlausible;
   }
 }
 

@@ -10,13 +10,13 @@ namespace ps::hwapi::common::climate {
 /// their RF ASIC and chain are enabled and three readings in a row are plausible and agree. Service thread only.
 class TemperatureVerifier {
  public:
-  /// Reads a sensor.
+  /// Reads a sensor. Never throws.
   /// @param name        sensor name (ETempSensorName)
   /// @param address     driver device id
   /// @param temperature out: thousandths of a degree Celsius; untouched on failure
   /// @return 0, or an error code for ddal_strerror: the driver's, -1001 (chain off, out of range, readings disagree) or
-  ///         -1004 (RF ASIC off)
-  int GetCurrentTemperature(unsigned int name, unsigned int address, int* temperature);
+  ///         -1004 (RF ASIC off); -1001 also when there is no memory to say which check failed
+  int GetCurrentTemperature(unsigned int name, unsigned int address, int* temperature) noexcept;
 
   /// @return whether this is a board whose power-amplifier sensors are verified
   bool isMorvet();

@@ -1,5 +1,4 @@
-/// The platform has enough memory, whatever the service has: the linker (--wrap) leads each of its functions that the
-/// black box calls through here.
+/// Exempts what the black box calls.
 #include "AaConfig.h"
 #include "AaFile.h"
 #include "AaSem.h"
@@ -7,7 +6,7 @@
 #include "AaSysLog.h"
 #include "AaSysTime.h"
 #include "AaTrbl.h"
-#include "FailingMemory.h"
+#include "Exempt.h"
 #include "HwapiUnit.h"
 #include "ddal_board.h"
 #include "ddal_product.h"
@@ -21,17 +20,10 @@ using Callback = int (*)(const char*, const void*);
 using Removed = void (*)(const char*, const void*);
 using Entry = void* (*)(void*);
 
-#define EXEMPT(result, name, parameters, arguments) \
-  extern "C" result __real_##name parameters;       \
-  extern "C" result __wrap_##name parameters {      \
-    const EnoughMemory memory;                      \
-    return __real_##name arguments;                 \
-  }
-
 EXEMPT(i32, AaConfigTagGet, (const char* name, void** value), (name, value))
 EXEMPT(i32, AaConfigTagGetU32, (const char* name, u32* value), (name, value))
 EXEMPT(u32, AaConfigRadGetValue, (u32 id), (id))
-EXEMPT(void, AaMemUnRefDbg, (void* memory_, const char* file, u32 line), (memory_, file, line))
+EXEMPT(void, AaMemUnRefDbg, (void* memory, const char* file, u32 line), (memory, file, line))
 
 EXEMPT(TAaFile*, AaFileOpen, (const char* path, const char* mode), (path, mode))
 EXEMPT(i32, AaFileClose, (TAaFile * file), (file))
