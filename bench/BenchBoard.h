@@ -1,5 +1,5 @@
 /// @file
-/// The board that is measured: a Kela whose sensors are hwmon attributes in a folder of its own.
+/// The board that is measured or attacked: a Kela whose sensors are hwmon attributes in a folder of its own.
 #pragma once
 
 #include <filesystem>
@@ -9,16 +9,23 @@
 
 namespace bench {
 
+/// What a board has beside its sensors.
+struct BoardExtras {
+  bool fans = false;        ///< both fans of a Kela
+  unsigned clockSpeed = 1;  ///< board seconds a second
+};
+
 /// A board's files in a fresh folder, removed with this object. This process's own platform libraries use it, too.
 class BenchBoard {
  public:
-  BenchBoard();
+  explicit BenchBoard(const BoardExtras& extras = {});
   BenchBoard(const BenchBoard&) = delete;
   BenchBoard& operator=(const BenchBoard&) = delete;
   ~BenchBoard();
 
   /// What a program of this board needs in its environment.
   const std::map<std::string, std::string>& Environment() const { return m_environment; }
+  const std::filesystem::path& Folder() const { return m_folder; }
   /// Paths of the sensors' attributes.
   const std::vector<std::string>& SensorFiles() const { return m_sensorFiles; }
 

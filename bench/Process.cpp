@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -17,7 +18,7 @@
 namespace bench {
 namespace {
 
-constexpr int kReadyDeadlineMs = 10000;
+constexpr int kReadyDeadlineMs = 60000;
 
 /// The socket on which a daemon reports. Its name is abstract: nothing is left behind.
 int OpenNotifySocket(const std::string& name) {
@@ -30,10 +31,12 @@ int OpenNotifySocket(const std::string& name) {
   return fd;
 }
 
-void Run(const std::vector<std::string>& command, const std::map<std::string, std::string>& environment) {
-  for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-  const int null = open("/dev/null", O_WRONLY);
-  dup2(null, STDERR_FILENO);
+void Run(const std::vector<std::string>& command, const Surroundings& surroundings) {
+  for (const auto& [name, value] : surroundings.environment) setenv(name.c_str(), value.c_str(), 1);
+  const int log = open(surroundings.log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+  dup2(log, STDERR_FILENO);
+  const rlimit limit{.rlim_cur = surroundings.descriptors, .rlim_max = surroundings.descriptors};
+  if (surroundings.descriptors != 0 && setrlimit(RLIMIT_NOFILE, &limit) != 0) Die("limit of descriptors");
   std::vector<char*> arguments;
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
@@ -56,31 +59,36 @@ void StayOnOneCore() {
   cpu_set_t cores;
   CPU_ZERO(&cores);
   CPU_SET(0, &cores);
-  if (sched_setaffinity(0, sizeof(cores), &cores) != 0) std::perror("clm_bench: cannot stay on core 0");
+  if (sched_setaffinity(0, sizeof(cores), &cores) != 0) std::perror("cannot stay on core 0");
 }
 
-Daemon::Daemon(const std::vector<std::string>& command, const std::map<std::string, std::string>& environment) {
+Daemon::Daemon(const std::vector<std::string>& command, const Surroundings& surroundings) {
   static int number = 0;
   const std::string name = "clm_bench-" + std::to_string(getpid()) + "-" + std::to_string(++number);
-  const int fd = OpenNotifySocket(name);
-  std::map<std::string, std::string> all = environment;
-  all["NOTIFY_SOCKET"] = "@" + name;
+  m_notifySocket = OpenNotifySocket(name);
+  Surroundings all = surroundings;
+  all.environment["NOTIFY_SOCKET"] = "@" + name;
 
   const auto start = std::chrono::steady_clock::now();
   m_pid = fork();
   if (m_pid == 0) Run(command, all);
-  WaitUntilReady(fd, command[0]);
+  WaitUntilReady(m_notifySocket, command[0]);
   m_secondsToReady = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  close(fd);
 }
 
 Daemon::~Daemon() {
   kill(m_pid, SIGKILL);
   waitpid(m_pid, nullptr, 0);
+  close(m_notifySocket);
+}
+
+bool Daemon::IsAlive() const {
+  siginfo_t ended{};
+  return waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == 0;
 }
 
 void Die(const std::string& what) {
-  std::fprintf(stderr, "clm_bench: %s: %s\n", what.c_str(), std::strerror(errno));
+  std::fprintf(stderr, "%s: %s: %s\n", program_invocation_short_name, what.c_str(), std::strerror(errno));
   std::exit(1);
 }
 
