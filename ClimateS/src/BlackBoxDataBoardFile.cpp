@@ -219,11 +219,10 @@ TAaFile* BlackBoxData::OpenBoardFile() const {
   return file;
 }
 
-/// Puts a board file in place, unless its history is outdated: it is left open then. Another thread may add a reset,
-/// and put its file in place, at any moment, also just before this one.
+/// Puts a board file in place. Another thread may add a reset, and put its file in place, at any moment, also just
+/// before this one.
 /// @return whether the newest history is in place
 bool BlackBoxData::PutInPlace(TAaFile* file, const std::deque<std::string>& resets) const {
-  if (resetReasonAndTimestamp.Read()->entries != resets) return false;
   CLM_LOG(Debug, "BlackBoxData::createBlackboxFile(): %s file has been created", blackboxFileLocation.Read()->c_str());
   AaFileClose(file);
   return resetReasonAndTimestamp.Read()->entries == resets;

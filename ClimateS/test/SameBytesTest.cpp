@@ -175,7 +175,7 @@ const Life kKela = {.name = "Kela", .type = EUnitType_Kel, .version = EUnitVersi
 const Life kKelf = {.name = "Kelf", .type = EUnitType_Kel, .version = EUnitVersion_Kelf, .hash = 0x90F9BE8CBAEDD6D7};
 const Life kPivoa = {
     .name = "Pivoa", .type = EUnitType_Pivo, .version = EUnitVersion_Pivoa, .hash = 0x973DF35DE8089D43};
-const Life kVyda = {.name = "Vyda", .type = EUnitType_Vyd, .version = EUnitVersion_Vyda, .hash = 0x44789C82D47694DC};
+const Life kVyda = {.name = "Vyda", .type = EUnitType_Vyd, .version = EUnitVersion_Vyda, .hash = 0x6842AEDBC48514DA};
 const Life kZun = {.name = "Zun", .type = EUnitType_Zun, .version = EUnitVersion_Zun, .hash = 0x0AC575F777F3E499};
 
 INSTANTIATE_TEST_SUITE_P(Of, SameBytesTest, testing::Values(kKela, kKelf, kPivoa, kVyda, kZun),
