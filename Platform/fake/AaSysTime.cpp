@@ -22,6 +22,9 @@ using UtcTime = chrono::sys_time<chrono::microseconds>;
 /// 2024-06-15 12:00:00.
 constexpr UtcTime kFirstUtc = chrono::sys_days(chrono::year(2024) / 6 / 15) + chrono::hours(12);
 
+/// A sleep shorter than this is a wait for another thread within a step of the sleeper, and does not end its run.
+constexpr std::uint64_t kShortestStep = 100'000;
+
 struct Running {
   Timer timer;
   std::uint64_t due;
@@ -200,8 +203,9 @@ i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
   if (const auto failure = Record({"AaSysTimeSleep", amount, scale})) return *failure;
   constexpr std::uint64_t kMicroseconds[] = {1, 1000, 1000000};
   if (scale > EAaSysTimeScale_Sec) return EINVAL;
-  CountSleep();
-  AdvanceTime(amount * kMicroseconds[scale]);
+  const std::uint64_t microseconds = amount * kMicroseconds[scale];
+  if (microseconds >= kShortestStep) CountSleep();
+  AdvanceTime(microseconds);
   return 0;
 }
 
