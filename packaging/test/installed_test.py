@@ -20,7 +20,7 @@ BOARDS = Path(__file__).resolve().parents[2] / "Board/boards"
 CHIP = "/sys/devices/chip/hwmon/hwmon0"
 FOUND_SPEED, FOUND_MODE = "77", "2"
 MAX_EXPOSURE = 0.6
-DESCRIPTORS = 4096
+DESCRIPTORS = 8192
 # More starts than an init system allows in a row unless it is told to.
 CRASHES = 12
 
