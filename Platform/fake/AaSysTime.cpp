@@ -204,7 +204,7 @@ i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
   constexpr std::uint64_t kMicroseconds[] = {1, 1000, 1000000};
   if (scale > EAaSysTimeScale_Sec) return EINVAL;
   const std::uint64_t microseconds = amount * kMicroseconds[scale];
-  if (microseconds >= kShortestStep) CountSleep();
+  CountSleep(microseconds >= kShortestStep);
   AdvanceTime(microseconds);
   return 0;
 }

@@ -157,8 +157,8 @@ bool RunStartedThread() {
   return true;
 }
 
-void CountSleep() {
-  if (t_self.counted) {
+void CountSleep(bool isStep) {
+  if (t_self.counted && isStep) {
     if (t_self.sleepsLeft == 0) throw RunEnded();
     --t_self.sleepsLeft;
     return;

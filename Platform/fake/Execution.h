@@ -39,7 +39,8 @@ std::function<void()> ActionOfAStart();
 /// Runs the oldest thread that did not run yet, to its end. @return false when there is none
 bool RunStartedThread();
 /// Ends the run of the calling thread by an exception when it has had its number of sleeps.
-void CountSleep();
+/// @param isStep false: the sleep only waits for another thread within a step, and does not count for the run
+void CountSleep(bool isStep);
 /// Thrown to end the run of a thread.
 struct RunEnded {};
 
