@@ -98,8 +98,7 @@ void AttackByNumbers(const Settings& settings, Report& report) {
   report.Progress(std::to_string(runs) + " runs, " + std::to_string(counts->answered) + " answers");
   report.Hard("runs that did not end well", failed, "", 0);
   report.Hard("requests without an answer", counts->unanswered, "", 0);
-  report.Hard("requests not answered after all, by number", runs * kThreads * kCycles * kRequests - counts->answered,
-              "", 0);
+  report.Hard("answers missing of all that were due", runs * kThreads * kCycles * kRequests - counts->answered, "", 0);
   report.Hard("answers to another registration", counts->foreign, "", 0);
   report.Hard("answers counted as unexpected, of those left", counts->unexpected, "", counts->left);
 

@@ -33,6 +33,12 @@ void Report::Timed(const std::string& what, double value, const char* unit, doub
 }
 
 void Report::Add(const std::string& what, double value, const char* unit, double limit, bool judged) {
+  const auto same =
+      std::ranges::find_if(m_figures, [&](const Figure& figure) { return figure.row == m_row && figure.what == what; });
+  if (same != m_figures.end()) {
+    same->value = std::max(same->value, value);
+    return;
+  }
   m_figures.push_back({.row = m_row, .what = what, .value = value, .unit = unit, .limit = limit, .judged = judged});
 }
 

@@ -7,7 +7,7 @@
 
 namespace soak {
 
-/// Collects figures. Every limit is a highest value.
+/// Collects figures. Every limit is a highest value. Of several figures of the same name in a row the highest counts.
 class Report {
  public:
   /// @param judgeTimes whether the figures of Timed have to keep their limits
