@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -32,6 +33,7 @@ int OpenNotifySocket(const std::string& name) {
 }
 
 void Run(const std::vector<std::string>& command, const Surroundings& surroundings) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);  // this program may be stopped
   for (const auto& [name, value] : surroundings.environment) setenv(name.c_str(), value.c_str(), 1);
   const int log = open(surroundings.log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
   dup2(log, STDERR_FILENO);

@@ -12,7 +12,7 @@ namespace soak {
 namespace {
 
 /// The daemon is what shall be busy, not the processor.
-constexpr int kNice = 10;
+constexpr int kNice = 19;
 constexpr double kPauseWhenFull = 0.001;
 /// Ids from here on are nobody's.
 constexpr u32 kFirstUnknownId = 0x7000;
