@@ -4,6 +4,7 @@
 #include "Rows.h"
 #include "Scene.h"
 
+#include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <algorithm>
@@ -38,6 +39,21 @@ struct Crowds {
     for (const Crowd& one : crowd) sum += one.answered;
     return sum;
   }
+};
+
+/// Keeps the daemon and its clients on one core, so that a rate is not a question of where they happen to run.
+class OneCore {
+ public:
+  OneCore() {
+    if (sched_getaffinity(0, sizeof m_before, &m_before) != 0) bench::Die("cores");
+    bench::StayOnOneCore();
+  }
+  OneCore(const OneCore&) = delete;
+  OneCore& operator=(const OneCore&) = delete;
+  ~OneCore() { sched_setaffinity(0, sizeof m_before, &m_before); }
+
+ private:
+  cpu_set_t m_before{};
 };
 
 void RaiseDescriptors() {
@@ -169,6 +185,7 @@ void MeasureRegistrations(Report& report) {
 }  // namespace
 
 void AttackByClients(const Settings& settings, Report& report) {
+  const OneCore core;
   const bench::BenchBoard board(kBoard);
   Scene scene(board, settings, {.descriptors = kDescriptors});
   MeasureRates(scene, settings, report);
