@@ -36,7 +36,7 @@ constexpr WireHeader kMessage{.order = hwapi::qis::kHostOrderMark,
                               .size = 0,
                               .stamp = 0,
                               .senderStamp = 0,
-                              .unused = 0};
+                              .foreign = 0};
 
 /// Sends without waiting, also where nobody receives.
 bool Put(const Fd& end, const void* bytes, std::size_t size) {

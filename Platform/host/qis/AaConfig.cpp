@@ -4,7 +4,7 @@
 #include "AaSysLog.h"
 #include "BoardDescription.h"
 #include "ComLog.h"
-#include "Endpoints.h"
+#include "EndpointTags.h"
 #include "Export.h"
 #include "TagFile.h"
 #include "TagObserver.h"

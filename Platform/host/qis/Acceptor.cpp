@@ -122,7 +122,7 @@ void Acceptor::Admit(Fd socket, Peer peer) {
 void Acceptor::AdmitLocked(Fd socket, Peer peer) {
   std::shared_ptr<Channel> channel;
   if (IsAllowed(peer)) {
-    channel = m_inbox->AddChannel(m_task, m_stamp);
+    channel = m_inbox->AddChannel(m_task, m_stamp, peer.pid);
     if (!channel) {
       LogTurnedAway();
       return;

@@ -45,12 +45,12 @@ int SendNow(int socket, const void* bytes, std::size_t size) {
   }
 }
 
-std::shared_ptr<Channel> Channel::Create(TAaSysComSicad task, u32 stamp) {
+std::shared_ptr<Channel> Channel::Create(TAaSysComSicad task, u32 stamp, std::shared_ptr<SendingProcess> process) {
   int ends[2];
   if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
     return nullptr;
   }
-  std::shared_ptr<Channel> channel(new Channel(task, stamp));
+  std::shared_ptr<Channel> channel(new Channel(task, stamp, std::move(process)));
   channel->m_receiver.Reset(ends[0]);
   channel->m_sender.Reset(ends[1]);
   channel->m_lastUsedMs = CoarseMs();

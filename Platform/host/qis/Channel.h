@@ -3,15 +3,16 @@
 /// of. What it does to that end, it does to itself.
 #pragma once
 
-#include "FairOrder.h"
 #include "Fd.h"
 #include "Message.h"
+#include "SendingProcess.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace hwapi::qis {
 
@@ -20,17 +21,17 @@ namespace hwapi::qis {
 int SendNow(int socket, const void* bytes, std::size_t size);
 
 /// A way into the inbox of an execution unit, for one sender and one registration of a task. The operations of the
-/// first group may be called from every thread, the others, with its turn among the senders that wait, are the
-/// receiving execution unit's.
-class Channel : public Turn {
+/// first group may be called from every thread, the others are the receiving execution unit's.
+class Channel {
  public:
   /// Room of a channel in bytes, at the kernel's own cost of a small message some 270 messages. The kernel doubles it.
   static constexpr int kRoomBytes = 104 * 1024;
 
-  /// @param task  address that the sender sends to
-  /// @param stamp the task's registration
+  /// @param task    address that the sender sends to
+  /// @param stamp   the task's registration
+  /// @param process the sender
   /// @return null with errno set
-  static std::shared_ptr<Channel> Create(TAaSysComSicad task, u32 stamp);
+  static std::shared_ptr<Channel> Create(TAaSysComSicad task, u32 stamp, std::shared_ptr<SendingProcess> process);
 
   Channel(const Channel&) = delete;
   Channel& operator=(const Channel&) = delete;
@@ -67,15 +68,20 @@ class Channel : public Turn {
 
   int Receiver() const { return m_receiver.Get(); }
   bool IsClosed() const { return m_closed; }
+  const std::shared_ptr<SendingProcess>& Process() const { return m_process; }
 
-  unsigned postponed = 0;  ///< messages that selective receives left behind
-  bool muted = false;      ///< too many are left behind: it is not listened to
+  bool isReady = false;          ///< of its process: whether something can be received
+  Channel* nextReady = nullptr;  ///< of its process
+  unsigned postponed = 0;        ///< messages that selective receives left behind
+  bool muted = false;            ///< too many are left behind: it is not listened to
 
  private:
-  Channel(TAaSysComSicad task, u32 stamp) : m_task(task), m_stamp(stamp) {}
+  Channel(TAaSysComSicad task, u32 stamp, std::shared_ptr<SendingProcess> process)
+      : m_task(task), m_stamp(stamp), m_process(std::move(process)) {}
 
   const TAaSysComSicad m_task;
   const u32 m_stamp;
+  const std::shared_ptr<SendingProcess> m_process;
   Fd m_receiver;
   std::mutex m_mutex;
   Fd m_sender;  ///< under the mutex

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace hwapi::qis {
 namespace {
@@ -17,6 +18,8 @@ constexpr std::size_t kMaxPostponed = 4096;
 constexpr unsigned kMaxPostponedPerChannel = 256;
 /// How long senders are served before it is looked who else sends.
 constexpr std::int64_t kLookPeriodNs = 100'000;
+/// What a datagram costs its sender that gives no message to be handled.
+constexpr std::int64_t kDatagramNs = 2'000;
 /// One byte more than a message, to notice what is too long.
 constexpr std::size_t kBufferSize = kMaxWireSize + 1;
 
@@ -63,8 +66,7 @@ MessagePtr Inbox::Receive(std::int64_t waitNs, const u16* filter) {
   Wait end = Wait::Again;
   do {
     const u32 posts = m_own.Posts();
-    AddOwn(posts);
-    ChooseWait(waitNs);
+    ChooseWait(waitNs, OwnWaits(posts));
     if (m_alone != nullptr) {
       end = ServeAlone(deadline.Rest(), posts, filter, message);
     } else {
@@ -75,36 +77,35 @@ MessagePtr Inbox::Receive(std::int64_t waitNs, const u16* filter) {
 }
 
 /// Whether one sender is waited for alone: as long as nobody else has anything to be served.
-void Inbox::ChooseWait(std::int64_t waitNs) {
+void Inbox::ChooseWait(std::int64_t waitNs, bool ownWaits) {
   if (m_alone != nullptr) {
-    if (m_othersSend || !m_order.IsEmpty()) {
+    if (m_othersSend || ownWaits) {
       WaitForAllAgain();
     }
-  } else if (waitNs != 0 && m_order.IsEmpty() && m_inARow >= m_rowNeeded) {
+  } else if (waitNs != 0 && m_order.IsEmpty() && !ownWaits && m_inARow >= m_rowNeeded) {
     WaitForOneAlone();
   }
 }
 
 /// What the last message's handler took is its sender's use of this execution unit.
 void Inbox::ChargeServed() {
-  if (m_served == nullptr) {
+  SendingProcess* const served = std::exchange(m_served, nullptr);
+  if (served == nullptr) {
     return;
   }
   const std::int64_t nowNs = NowNs();
-  m_order.Charge(*m_served, nowNs - m_servedAtNs);
-  m_served = nullptr;
+  m_order.Charge(*served, nowNs - m_servedAtNs);
   m_lookIsDue = nowNs - m_lookedAtNs >= kLookPeriodNs;
-}
-
-void Inbox::AddOwn(u32 posts) {
-  if (!m_own.IsEmpty() && !(m_ownIsPassedOver && m_ownPassedOver == posts)) {
-    AddToOrder(m_ownTurn);
+  if (served->HasReady()) {
+    AddToOrder(*served);
   }
 }
 
-void Inbox::AddToOrder(Turn& turn) {
+bool Inbox::OwnWaits(u32 posts) const { return !m_own.IsEmpty() && !(m_ownIsPassedOver && m_ownPassedOver == posts); }
+
+void Inbox::AddToOrder(SendingProcess& process) {
   try {
-    m_order.Add(turn);
+    m_order.Add(process);
   } catch (const std::bad_alloc&) {
     // It is found again at the next look, when there may be memory.
   }
@@ -129,25 +130,47 @@ MessagePtr Inbox::TakePostponed(const u16* filter) {
   return nullptr;
 }
 
+/// A message of this process, then one of another: neither keeps the other waiting for more than one handler.
 Inbox::Wait Inbox::ServeAll(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message) {
-  const bool nobodyWaits = m_order.IsEmpty();
-  if (nobodyWaits || m_lookIsDue) {
+  const bool ownWaits = OwnWaits(posts);
+  if (ownWaits && !m_servedOwn) {
+    m_servedOwn = true;
+    message = ServeOwn(filter);
+    return Wait::Again;
+  }
+  const bool othersWait = !m_order.IsEmpty();
+  if (!othersWait || m_lookIsDue) {
     m_lookIsDue = false;
-    const Wait end = nobodyWaits ? WaitForAll(waitNs, posts) : Look();
+    const Wait end = othersWait || ownWaits ? Look() : WaitForAll(waitNs, posts);
     m_lookedAtNs = NowNs();
     if (end == Wait::Ended) {
       return end;
     }
   }
-  Turn* const next = m_order.Take();
-  if (next != nullptr) {
-    message = next == &m_ownTurn ? ServeOwn(filter) : ServeChannel(*static_cast<Channel*>(next), filter);
-  }
-  if (message) {
-    m_served = next;
-    m_servedAtNs = NowNs();
-  }
+  m_servedOwn = false;
+  message = ServeOther(filter);
   return Wait::Again;
+}
+
+/// A message of the process whose turn it is, if one waits.
+MessagePtr Inbox::ServeOther(const u16* filter) {
+  auto* const process = static_cast<SendingProcess*>(m_order.Take());
+  Channel* const channel = process != nullptr ? process->TakeReady() : nullptr;
+  if (channel == nullptr) {
+    return nullptr;
+  }
+  const std::shared_ptr<SendingProcess> held = channel->Process();  // the channel may end
+  MessagePtr message = ServeChannel(*channel, filter);
+  if (message) {
+    m_served = process;
+    m_servedAtNs = NowNs();
+    return message;
+  }
+  m_order.Charge(*process, kDatagramNs);
+  if (process->HasReady()) {
+    AddToOrder(*process);
+  }
+  return nullptr;
 }
 
 MessagePtr Inbox::ServeOwn(const u16* filter) {

@@ -7,10 +7,12 @@
 #include "ComLog.h"
 #include "EventLoop.h"
 #include "OwnMessages.h"
+#include "SendingProcess.h"
 
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -26,9 +28,10 @@ class Registrations {
   virtual bool HasTask(TAaProEuId eu) = 0;
 };
 
-/// Serves its senders in FairOrder. It waits for all of them at once; but as long as one sender is the only one that
-/// sends, it waits for that one alone, which spares a system call per message. The platform's thread for connections
-/// then watches the others, and ends that wait when one of them sends.
+/// Its own process and the others are served in turn, the others among each other in FairOrder. It waits for all of
+/// them at once; but as long as one sender is the only one that sends, it waits for that one alone, which spares a
+/// system call per message. The platform's thread for connections then watches the others, and ends that wait when one
+/// of them sends.
 class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
  public:
   /// @param registrations outlives the inbox
@@ -39,8 +42,9 @@ class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
   ///@{
   /// As OwnMessages::Post; wakes the receiver.
   bool Post(MessagePtr message, WhenFull whenFull);
+  /// @param process id of the sender
   /// @return a new channel, which is received from until it is closed; null with errno set
-  std::shared_ptr<Channel> AddChannel(TAaSysComSicad task, u32 stamp);
+  std::shared_ptr<Channel> AddChannel(TAaSysComSicad task, u32 stamp, pid_t process);
   /// Ends a wait in Receive, which then looks whether the execution unit still has a task.
   void Wake();
   /// The execution unit has ended and receives no more.
@@ -68,19 +72,22 @@ class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
   bool AllocateBuffer();
   bool Open();
 
-  // Of the execution unit, all of them.
-  void ChooseWait(std::int64_t waitNs);
+  // Of the execution unit, but for those that AddChannel calls.
+  void ChooseWait(std::int64_t waitNs, bool ownWaits);
   void ChargeServed();
-  void AddOwn(u32 posts);
-  void AddToOrder(Turn& turn);
+  bool OwnWaits(u32 posts) const;
+  void AddToOrder(SendingProcess& process);
   MessagePtr TakePostponed(const u16* filter);
   Wait ServeAll(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message);
   Wait ServeAlone(std::int64_t waitNs, u32 posts, const u16* filter, MessagePtr& message);
   MessagePtr ServeOwn(const u16* filter);
+  MessagePtr ServeOther(const u16* filter);
   MessagePtr ServeChannel(Channel& channel, const u16* filter);
   MessagePtr Take(Channel& channel, ssize_t size, const u16* filter);
   void Postpone(MessagePtr message, Channel& channel);
 
+  std::shared_ptr<SendingProcess> ProcessOf(pid_t id);
+  void DiscardUnread();
   bool Listen(Channel& channel);
   void Mute(Channel& channel);
   void Drop(Channel& channel);
@@ -101,7 +108,8 @@ class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
   std::atomic<bool> m_othersSend{false};  ///< while one is waited for alone
 
   std::mutex m_mutex;
-  std::vector<std::shared_ptr<Channel>> m_channels;  ///< under the mutex
+  std::vector<std::shared_ptr<Channel>> m_channels;            ///< under the mutex, in the order of their making
+  std::map<pid_t, std::weak_ptr<SendingProcess>> m_processes;  ///< under the mutex
   Channel* m_alone = nullptr;  ///< the one waited for alone; changed under the mutex, read by this thread without
   std::uint64_t m_othersKey = 0;
 
@@ -109,10 +117,10 @@ class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
   std::deque<Postponed> m_postponed;
   LossLog m_losses;
   FairOrder m_order;
-  Turn m_ownTurn;
-  u32 m_ownPassedOver = 0;  ///< posts at the time when no own message passed the filter
+  bool m_servedOwn = false;  ///< whether the last message was of this process: then it is the others' turn
+  u32 m_ownPassedOver = 0;   ///< posts at the time when no own message passed the filter
   bool m_ownIsPassedOver = false;
-  Turn* m_served = nullptr;  ///< whose message is being handled
+  SendingProcess* m_served = nullptr;  ///< whose message is being handled
   std::int64_t m_servedAtNs = 0;
   std::int64_t m_lookedAtNs = 0;  ///< when it was last looked who sends
   bool m_lookIsDue = false;

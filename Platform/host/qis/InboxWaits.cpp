@@ -76,14 +76,18 @@ void Inbox::OnReady(std::uint64_t) {
 
 void Inbox::Retire() { EventLoop::Own().Forget(m_othersKey, m_epoll.Get()); }
 
-std::shared_ptr<Channel> Inbox::AddChannel(TAaSysComSicad task, u32 stamp) {
-  std::shared_ptr<Channel> channel = Channel::Create(task, stamp);
-  if (!channel) {
+std::shared_ptr<Channel> Inbox::AddChannel(TAaSysComSicad task, u32 stamp, pid_t process) {
+  const std::lock_guard lock(m_mutex);
+  const std::size_t open = OwnBounds().all;
+  if (m_channels.size() >= open + open / 4) {
+    DiscardUnread();
+  }
+  if (m_channels.size() >= 2 * open) {
+    errno = EMFILE;
     return nullptr;
   }
-  const std::lock_guard lock(m_mutex);
-  if (m_channels.size() >= 2 * OwnBounds().all) {  // half of them at least are closed, but still unread
-    errno = EMFILE;
+  std::shared_ptr<Channel> channel = Channel::Create(task, stamp, ProcessOf(process));
+  if (!channel) {
     return nullptr;
   }
   m_channels.push_back(channel);
@@ -94,6 +98,40 @@ std::shared_ptr<Channel> Inbox::AddChannel(TAaSysComSicad task, u32 stamp) {
     return nullptr;
   }
   return channel;
+}
+
+/// Under the mutex.
+std::shared_ptr<SendingProcess> Inbox::ProcessOf(pid_t id) {
+  constexpr std::size_t kForgotten = 64;  // those of processes that ended
+  if (m_processes.size() > m_channels.size() + kForgotten) {
+    std::erase_if(m_processes, [](const auto& known) { return known.second.expired(); });
+  }
+  std::weak_ptr<SendingProcess>& known = m_processes[id];
+  std::shared_ptr<SendingProcess> process = known.lock();
+  if (!process) {
+    process = std::make_shared<SendingProcess>();
+    known = process;
+  }
+  return process;
+}
+
+/// Senders that come, send and go faster than they are received from leave closed channels behind: the process that has
+/// most of them loses the oldest. Under the mutex.
+void Inbox::DiscardUnread() {
+  std::map<const SendingProcess*, std::size_t> unread;
+  const auto isUnread = [](const Channel& channel) { return channel.IsClosed() && !channel.IsDiscarded(); };
+  for (const auto& channel : m_channels) {
+    if (isUnread(*channel)) {
+      ++unread[channel->Process().get()];
+    }
+  }
+  if (unread.empty()) {
+    return;
+  }
+  const auto most = std::ranges::max_element(unread, {}, [](const auto& entry) { return entry.second; });
+  const auto oldest = std::ranges::find_if(
+      m_channels, [&](const auto& channel) { return isUnread(*channel) && channel->Process().get() == most->first; });
+  (*oldest)->Discard();
 }
 
 bool Inbox::Listen(Channel& channel) {
@@ -116,7 +154,11 @@ void Inbox::Drop(Channel& channel) {
   WaitForAllAgain();
   channel.Close();
   ::epoll_ctl(m_epoll.Get(), EPOLL_CTL_DEL, channel.Receiver(), nullptr);
-  m_order.Remove(channel);
+  SendingProcess& process = *channel.Process();
+  process.RemoveReady(channel);
+  if (!process.HasReady()) {
+    m_order.Remove(process);
+  }
   if (m_lastChannel == &channel) {
     m_lastChannel = nullptr;
     m_inARow = 0;
@@ -137,8 +179,15 @@ int Inbox::TakeEvents(int timeoutMs) {
   std::array<epoll_event, kEventsPerLook> events;
   const int count = ::epoll_wait(m_epoll.Get(), events.data(), kEventsPerLook, timeoutMs);
   for (int i = 0; i < count; ++i) {
-    if (auto* const channel = static_cast<Channel*>(events[static_cast<std::size_t>(i)].data.ptr)) {
-      AddToOrder(*channel);
+    auto* const channel = static_cast<Channel*>(events[static_cast<std::size_t>(i)].data.ptr);
+    if (channel == nullptr) {
+      continue;
+    }
+    if (channel->IsDiscarded()) {
+      Drop(*channel);  // what it had is counted; nobody has to wait for that
+    } else {
+      channel->Process()->AddReady(*channel);
+      AddToOrder(*channel->Process());
     }
   }
   return count;

@@ -1,7 +1,7 @@
 #include "Tasks.h"
 
 #include "AaSysLog.h"
-#include "Endpoints.h"
+#include "EndpointTags.h"
 
 #include <sys/random.h>
 #include <time.h>

@@ -1,7 +1,7 @@
 // Who may announce an endpoint.
 #include "AaConfig.h"
 #include "AaSysLog.h"
-#include "Endpoints.h"
+#include "EndpointTags.h"
 #include "Support.h"
 
 #include <gtest/gtest.h>

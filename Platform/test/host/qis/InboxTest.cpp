@@ -1,12 +1,15 @@
 // What an execution unit receives, and from whom first.
+#include "ConnectionBounds.h"
 #include "Inbox.h"
 
 #include "Support.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -40,7 +43,9 @@ MessagePtr NewMessage(u32 id, u32 size = 0) {
 
 class InboxTest : public ::testing::Test {
  protected:
-  std::shared_ptr<Channel> NewSender() { return m_inbox->AddChannel(kTask, kStamp); }
+  /// @return a channel of a process of its own
+  std::shared_ptr<Channel> NewSender() { return NewChannel(++m_lastProcess); }
+  std::shared_ptr<Channel> NewChannel(pid_t process) { return m_inbox->AddChannel(kTask, kStamp, process); }
   static int Send(Channel& sender, u32 id) {
     const MessagePtr message = NewMessage(id);
     return sender.Forward(message.get(), message->WireSize());
@@ -59,6 +64,8 @@ class InboxTest : public ::testing::Test {
     while (const u32 id = Receive(0)) ids.push_back(id);
     return ids;
   }
+  /// What the last message asked for takes a while, after which it is looked who has sent meanwhile.
+  static void LetAHandlerRun() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
   /// Makes @p sender the one that is waited for alone.
   void LetBeAlone(Channel& sender) {
     for (u32 i = 0; i < 20; ++i) {
@@ -69,6 +76,7 @@ class InboxTest : public ::testing::Test {
 
   const Board m_board;
   OneTask m_task;
+  std::atomic<pid_t> m_lastProcess{0};
   std::shared_ptr<Inbox> m_inbox = Inbox::Create(1, m_task);
 };
 
@@ -114,6 +122,74 @@ TEST_F(InboxTest, OwnMessagesDoNotKeepOthersFromBeingServed) {
   u32 before = 0;
   while (Receive() != 2u) ++before;
   EXPECT_LE(before, 2u);
+}
+
+TEST_F(InboxTest, AProcessGetsNoMoreByConnectingMoreOften) {
+  constexpr pid_t kCrowd = 1000;
+  std::vector<std::shared_ptr<Channel>> crowd;
+  for (int i = 0; i < 50; ++i) {
+    crowd.push_back(NewChannel(kCrowd));
+    SendAll(*crowd.back(), {1, 1});
+  }
+  const auto honest = NewSender();
+  for (int i = 0; i < 5; ++i) ASSERT_EQ(Receive(), 1u);
+  SendAll(*honest, {2});
+  LetAHandlerRun();
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, ServesTheChannelsOfAProcessInTurn) {
+  constexpr pid_t kProcess = 1000;
+  const auto first = NewChannel(kProcess);
+  const auto second = NewChannel(kProcess);
+  SendAll(*first, {1, 3, 5});
+  SendAll(*second, {2, 4});
+  EXPECT_EQ(ReceiveAll(), (std::vector<u32>{1, 2, 3, 4, 5}));
+}
+
+TEST_F(InboxTest, OwnMessagesWaitForOneMessageOfOthersAtMost) {
+  std::vector<std::shared_ptr<Channel>> crowd;
+  for (int i = 0; i < 50; ++i) {
+    crowd.push_back(NewSender());
+    SendAll(*crowd.back(), {1, 1});
+  }
+  for (int i = 0; i < 10; ++i) {
+    ASSERT_TRUE(PostOwn(2));
+    EXPECT_EQ(Receive(), 2u);
+    EXPECT_EQ(Receive(), 1u);
+  }
+}
+
+TEST_F(InboxTest, GarbageIsCharged) {
+  const auto garbage = NewSender();
+  const auto honest = NewSender();
+  SendAll(*honest, {2});
+  ASSERT_EQ(Receive(), 2u);
+  while (garbage->Forward("xx", 2) == 0) {
+  }
+  ASSERT_EQ(Receive(0, std::array<u16, 2>{1, 9}.data()), 0u);
+  SendAll(*honest, {2});
+  EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, WhoComesSendsAndGoesFasterThanItIsReadLosesItsOldestMessages) {
+  constexpr pid_t kCrowd = 1000;
+  const auto honest = NewSender();
+  SendAll(*honest, {2});
+  for (std::size_t i = 0; i < 3 * qis::OwnBounds().all; ++i) {
+    const auto sender = NewChannel(kCrowd);
+    ASSERT_NE(sender, nullptr) << "strangers would be turned away, too";
+    SendAll(*sender, {1});
+    sender->Close();
+    if (i % 50 == 0) {
+      ASSERT_NE(Receive(), 0u);
+    }
+  }
+  EXPECT_GT(AaSysComCounterGet(EAaSysComCounter_Unexpected), 0u);
+  while (const u32 id = Receive(0)) {
+    ASSERT_LE(id, 2u);
+  }
+  EXPECT_NE(NewSender(), nullptr);
 }
 
 TEST_F(InboxTest, AFloodTakesNoRoomOfOthers) {

@@ -1,4 +1,4 @@
-#include "Endpoints.h"
+#include "EndpointTags.h"
 
 #include "Access.h"
 #include "TaskName.h"
