@@ -171,6 +171,18 @@ TEST_F(HeldThreadsTest, AnOlderFileThatComesLaterIsFollowedByTheNewestHistoryWit
   EXPECT_EQ(Newest(), "Warm reset : User (newest)");
 }
 
+TEST_F(HeldThreadsTest, AnOlderFileThatCannotBeWrittenOnceMoreCostsALineAndNothingElse) {
+  StartRecording();
+  HeldThread thread(WriteBoardFile, "AaFileClose", kBeforeTheFirst);
+  Announce({.extended = "newest"});
+  Forget();
+  fake::FailCall("AaFileOpen");
+  thread.Finish();
+  EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Error,
+                           std::string("BlackBoxData::createBlackboxFile(): failed to create file ") + kBoardFile));
+  EXPECT_EQ(fake::OpenFiles(), 0u);
+}
+
 TEST_F(HeldThreadsTest, AnOlderFileThatIsNotYetWrittenWholeIsFollowedByTheNewestHistory) {
   StartRecording(EUnitVersion_Pivoa, EUnitType_Pivo);
   HeldThread thread(WriteBoardFile, "ddal_psu_get_product_data", kBeforeTheFirst);
