@@ -60,7 +60,7 @@ int TemperatureVerifier::GetCurrentTemperature(unsigned int name, unsigned int a
             static_cast<ssize_t>(e.getLine()));
     return static_cast<int>(e.getErrCode());
   } catch (const std::bad_alloc&) {
-    // A check failed, and there is no memory to say which.
+    // A check failed, and memory does not suffice to say which.
     CLM_LOG(Error, "TemperatureVerifier::GetCurrentTemperature: out of memory");
     return kNotPlausible;
   }

@@ -8,7 +8,7 @@
 
 namespace hwapi::board {
 
-/// @param mode as stat tells it
+/// @param mode as stat reports it
 /// @return e.g. "a pipe"
 inline std::string KindOfFile(mode_t mode) {
   switch (mode & S_IFMT) {

@@ -73,7 +73,7 @@ int FanGuard::TakeLock() {
   }
   const std::string path = board::RunDirectory() + "/fans.lock";
   if (!why.empty()) return Refuse(path.c_str(), why.c_str());
-  m_patience = {};  // who has the fans now is no process that is about to end
+  m_patience = {};  // whoever has the fans now is not about to end
   Refuse(path.c_str(), "another process has the fans; end it first");
   return DDAL_ERR_BUSY;
 }

@@ -46,7 +46,7 @@ class FanGuard {
   /// failure is one line of the log.
   /// @return 0, DDAL_ERR_BUSY (another process has the fans, or this one has handed them back) or DDAL_ERR_IO
   int Start();
-  /// Puts a fan, or more that is to be handed back of it, on record, and tells the running guard.
+  /// Puts a fan, or more that is to be handed back of it, on record, and informs the running guard.
   /// @param attributes numbers that stay valid for ever
   /// @return 0, or DDAL_ERR_IO: the fan must not be changed
   int Keep(const FanNote& note, const FanDescriptors& attributes);

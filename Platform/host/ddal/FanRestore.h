@@ -15,7 +15,7 @@ namespace hwapi::ddal {
 /// @param why      out: what is wrong with the file, "" when another process has the fans; unless a lock is returned
 Descriptor LockFans(std::chrono::milliseconds patience, std::string* why);
 
-/// Is told a line of what became of a fan.
+/// Receives a line on what became of a fan.
 using FanReport = std::function<void(const std::string& line)>;
 
 /// Hands back, within the deadlines of their chips, all fans that are on record. The caller has the fans' lock.

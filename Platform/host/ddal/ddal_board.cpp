@@ -68,7 +68,7 @@ std::optional<i32> MemoryErrors(const char* counter) {
   return sum;
 }
 
-/// Gives what the simulator has set, or what the description tells until it has.
+/// Gives what the simulator has set, or what the description says until it has.
 template <typename Value>
 int GiveSet(ddal::Register ddal::SimRegisters::*isSet, Value ddal::SimRegisters::*set, const std::optional<Value>& told,
             Value* value) {
