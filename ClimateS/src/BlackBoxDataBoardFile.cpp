@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <optional>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -238,13 +239,14 @@ u32 BlackBoxData::createBlackboxFile() try {
     WriteText(content.Text(resets), file);
   };
   const bool hasProducts = unitType == EUnitType_Pivo;
-  {
-    const Writing writing(boardFileWriters);
-    write();
+  std::optional<Writing> writing(boardFileWriters);
+  write();
+  if (hasProducts) {
+    writing.reset();
+    content.products = ProductLines();
+    writing.emplace(boardFileWriters);
+    WriteText(content.products, file);
   }
-  if (hasProducts) content.products = ProductLines();
-  const Writing writing(boardFileWriters);
-  if (hasProducts) WriteText(content.products, file);
   // Whoever is the last one to put a file in place writes the newest history, without asking anybody again.
   while (!PutInPlace(file, resets)) {
     file = OpenBoardFile();

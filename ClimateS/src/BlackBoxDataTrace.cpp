@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <new>
+#include <vector>
 
 namespace ps::hwapi::common::climate {
 namespace {
@@ -154,7 +155,10 @@ u32 BlackBoxData::WriteTraceFile(Patience& patience) try {
   }
   CLM_LOG(Info, "BlackBoxData::writeTempAndSpeedDataToFile(): writing temperature and fan speed data to file %s",
           path.c_str());
-  const std::string head = TraceHead();  // nothing is allocated once the file is open
+  // Nothing is allocated once the file is open.
+  const std::string head = TraceHead();
+  std::vector<SnapshotRing::value_type> lines;
+  lines.reserve(kSnapshotRingSize);
   TAaFile* const file = AaFileOpen(path.c_str(), "w");
   if (file == nullptr) {
     CLM_LOG(Error, "BlackBoxData::writeTempAndSpeedDataToFile(): failed to open file %s for writing", path.c_str());
@@ -163,8 +167,12 @@ u32 BlackBoxData::WriteTraceFile(Patience& patience) try {
   WriteText(head, file);
   {
     const RingGuard guard(ringBufferSyncSemaphore, ringBufferTaken, patience);
-    const auto lines = ringBuffer.Read();
-    for (const auto& line : *lines) WriteText(*line, file);
+    {
+      // Not kept for the writes: one that hangs would keep every later version of the ring from being freed.
+      const auto ring = ringBuffer.Read();
+      lines.assign(ring->begin(), ring->end());
+    }
+    for (const auto& line : lines) WriteText(*line, file);
   }
   AaFileClose(file);
   return 1;

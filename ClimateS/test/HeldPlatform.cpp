@@ -31,6 +31,15 @@ HeldThread::HeldThread(std::function<void()> work, std::string function, unsigne
   m_changed.wait(lock, [this] { return m_arrived; });
 }
 
+void HeldThread::GoOnTo(unsigned nth) {
+  std::unique_lock lock(m_mutex);
+  m_momentsLeft = nth;
+  m_arrived = false;
+  m_mayGoOn = true;
+  m_changed.notify_all();
+  m_changed.wait(lock, [this] { return m_arrived; });
+}
+
 void HeldThread::Finish() {
   {
     const std::lock_guard lock(m_mutex);
@@ -50,6 +59,7 @@ void HeldThread::Pass(const char* function) {
   std::unique_lock lock(m_mutex);
   m_place = function;
   m_arrived = true;
+  m_mayGoOn = false;
   m_changed.notify_all();
   m_gaveUp = !m_changed.wait_for(lock, kGiveUp, [this] { return m_mayGoOn; });
 }

@@ -25,6 +25,9 @@ class HeldThread {
 
   /// @return where it is held: function and moment; "" when it ended without being held
   const std::string& Place() const { return m_place; }
+  /// Lets a thread that is held go on until the @p nth moment from here, from 1; returns when it is held there or has
+  /// ended.
+  void GoOnTo(unsigned nth);
   /// Lets the thread go on, and waits for its end.
   void Finish();
   /// @return whether it went on by itself, since nobody let it for a very long time

@@ -1,4 +1,5 @@
 /// A reset is announced while another thread is held at one of its driver or file calls.
+#include "FailingMemory.h"
 #include "HeldThread.h"
 #include "ResetTest.h"
 
@@ -171,7 +172,20 @@ TEST_F(HeldThreadsTest, AnOlderFileThatComesLaterIsFollowedByTheNewestHistoryWit
   EXPECT_EQ(Newest(), "Warm reset : User (newest)");
 }
 
-TEST_F(HeldThreadsTest, AnOlderFileThatCannotBeWrittenOnceMoreCostsALineAndNothingElse) {
+TEST_F(HeldThreadsTest, AResetThatComesWhileTheNewestHistoryIsWrittenOnceMoreIsWrittenToo) {
+  StartRecording();
+  HeldThread thread(WriteBoardFile, "AaFileClose", kBeforeTheFirst);
+  Announce({.extended = "first"});
+  constexpr unsigned kBeforeTheSecondFromThere = 2;
+  thread.GoOnTo(kBeforeTheSecondFromThere);
+  Announce({.extended = "second"});
+  Forget();
+  thread.Finish();
+  EXPECT_EQ(fake::Calls("AaFileClose").size(), 2u) << "the older file, and one with the newest history";
+  EXPECT_EQ(Newest(), "Warm reset : User (second)");
+}
+
+TEST_F(HeldThreadsTest, AnOlderFileThatCannotBeWrittenOnceMoreStaysAndCostsALine) {
   StartRecording();
   HeldThread thread(WriteBoardFile, "AaFileClose", kBeforeTheFirst);
   Announce({.extended = "newest"});
@@ -181,6 +195,7 @@ TEST_F(HeldThreadsTest, AnOlderFileThatCannotBeWrittenOnceMoreCostsALineAndNothi
   EXPECT_TRUE(fake::Logged(EAaSysLogSeverityLevel_Error,
                            std::string("BlackBoxData::createBlackboxFile(): failed to create file ") + kBoardFile));
   EXPECT_EQ(fake::OpenFiles(), 0u);
+  EXPECT_NE(Newest(), "Warm reset : User (newest)");
 }
 
 TEST_F(HeldThreadsTest, AnOlderFileThatIsNotYetWrittenWholeIsFollowedByTheNewestHistory) {
@@ -199,6 +214,21 @@ TEST_F(HeldThreadsTest, ATraceFileThatIsNotWrittenToItsEndIsWaitedForASecond) {
   const HeldThread thread(WriteTrace, "AaFileWrite", kBeforeTheSecond);  // of a line, with the ring's semaphore
   EXPECT_EQ(TimeOfAnswer(""), kSecond);
   EXPECT_THAT(ContentOf(kTraceFile), HasSubstr("2024-06-15T12:00:00.000Z\t"));
+}
+
+TEST_F(HeldThreadsTest, SnapshotsTakeNoMoreMemoryWhileATraceFileIsNotWrittenToItsEnd) {
+  StartRecording();
+  for (std::size_t i = 0; i < kSnapshotRingSize; ++i) TheBlackBox().takeSnapshot();
+  const HeldThread thread(WriteTrace, "AaFileWrite", kBeforeTheSecond);
+  Forget();
+  constexpr unsigned kSnapshots = 60;
+  constexpr unsigned kBlocksPerLine = 2;  // the file's own lines stay until they are written
+  const unsigned before = BlocksInUse();
+  for (unsigned i = 0; i < kSnapshots; ++i) {
+    TheBlackBox().takeSnapshot();
+    Forget();
+  }
+  EXPECT_LE(BlocksInUse(), before + kSnapshots * kBlocksPerLine) << "no whole rings, which are several blocks each";
 }
 
 TEST_F(HeldThreadsTest, SeveralThreadsAreWaitedForASecondInAll) {

@@ -237,5 +237,19 @@ TEST(ManyStoredFilesTest, ToFindTwiceAsManyAgainTakesTwiceTheWork) {
   EXPECT_LE(AllocationsToFind(400), 2 * AllocationsToFind(200));
 }
 
+TEST(ConfigFileMemoryTest, NothingPastTheWantedTextIsKept) {
+  const auto allocationsWith = [](std::size_t lines) {
+    std::string text;
+    for (std::size_t i = 0; i < lines; ++i) text += std::string(250, 'x') + "\n";
+    Scene scene;
+    scene.TakeIntoUse();
+    fake::SetFile(kConfigFile, text);
+    const CountedAllocations counted;
+    scene.blackBox.createConfigFile();
+    return counted.Count();
+  };
+  EXPECT_EQ(allocationsWith(10'000), allocationsWith(10));
+}
+
 }  // namespace
 }  // namespace ps::hwapi::common::climate

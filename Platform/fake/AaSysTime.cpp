@@ -11,6 +11,7 @@
 #include <chrono>
 #include <limits>
 #include <optional>
+#include <thread>
 
 namespace fake {
 namespace {
@@ -205,6 +206,8 @@ i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
   if (scale > EAaSysTimeScale_Sec) return EINVAL;
   const std::uint64_t microseconds = amount * kMicroseconds[scale];
   CountSleep(microseconds >= kShortestStep);
+  // A pause between two looks at what another thread does: that thread runs meanwhile.
+  if (microseconds < kShortestStep) std::this_thread::sleep_for(chrono::microseconds(200));
   AdvanceTime(microseconds);
   return 0;
 }

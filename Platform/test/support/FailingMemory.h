@@ -31,6 +31,9 @@ class CountedAllocations {
   unsigned m_before;
 };
 
+/// @return how many blocks all threads have allocated and not yet freed
+unsigned BlocksInUse();
+
 /// Exempts the calling thread, as long as this object lives: its allocations neither fail nor count.
 class EnoughMemory {
  public:
