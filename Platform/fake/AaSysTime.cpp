@@ -25,6 +25,8 @@ constexpr UtcTime kFirstUtc = chrono::sys_days(chrono::year(2024) / 6 / 15) + ch
 
 /// A sleep shorter than this is a wait for another thread within a step of the sleeper, and does not end its run.
 constexpr std::uint64_t kShortestStep = 100'000;
+/// Between two looks at what another thread does, in microseconds, or more: that thread runs meanwhile.
+constexpr std::uint64_t kPause = 10'000;
 
 struct Running {
   Timer timer;
@@ -206,8 +208,7 @@ i32 AaSysTimeSleep(u32 amount, EAaSysTimeScale scale) {
   if (scale > EAaSysTimeScale_Sec) return EINVAL;
   const std::uint64_t microseconds = amount * kMicroseconds[scale];
   CountSleep(microseconds >= kShortestStep);
-  // A pause between two looks at what another thread does: that thread runs meanwhile.
-  if (microseconds < kShortestStep) std::this_thread::sleep_for(chrono::microseconds(200));
+  if (microseconds >= kPause && microseconds < kShortestStep) std::this_thread::sleep_for(chrono::microseconds(200));
   AdvanceTime(microseconds);
   return 0;
 }

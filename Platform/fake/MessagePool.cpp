@@ -1,6 +1,7 @@
 #include "MessagePool.h"
 
 #include "Internal.h"
+#include "fake/AddressSanitizer.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,13 +9,6 @@
 #include <sstream>
 #include <unordered_map>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define FAKE_ADDRESS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define FAKE_ADDRESS_SANITIZER 1
-#endif
-#endif
 #if defined(FAKE_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #else

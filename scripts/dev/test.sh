@@ -33,7 +33,11 @@ count_coverage() {
   end
 }
 
+# The rooms that have threads. The others are their clients, of which ./dev sanitize takes care, too.
+THREADED=(Platform ClimateS)
+
 # ctest_of PART: what ctest has to know of the tests of a preset, or of one of these:
+#   threads   of the rooms that have threads, with the thread sanitizer
 #   coverage  of what the unit tests of the service reach
 #   package   of the installed packages
 #   vm        on the emulated board
@@ -41,6 +45,10 @@ count_coverage() {
 ctest_of() {
   local name command
   case $1 in
+    threads)
+      printf 'subdirs("../tsan/%s")\n' "${THREADED[@]}"
+      return
+      ;;
     coverage) name=Coverage command="\"$PWD/scripts/coverage.py\" \"$PWD/$COVERAGE\"" ;;
     package) name=Packages command="\"$PWD/packaging/test/installed_test.py\" \"$PWD/$PACKAGES\"" ;;
     vm) name=EmulatedBoard command="\"$PWD/Board/vm/board_test.py\" \"$PWD/$VM_IMAGE\"" ;;
@@ -65,10 +73,15 @@ run_tests() {
   "${steady[@]}" ctest --test-dir $all -j "$JOBS" --output-on-failure --no-label-summary --no-tests=error </dev/null
 }
 
+# build_all PART...: the presets named, and "threads".
 build_all() {
-  local preset
-  for preset in "$@"; do
-    build "$preset"
+  local part
+  for part in "$@"; do
+    if [ "$part" = threads ]; then
+      build tsan "${THREADED[@]/%//all}"
+    else
+      build "$part"
+    fi
   done
 }
 
@@ -94,17 +107,17 @@ build_more_parts() {
 }
 
 dev_test() {
-  dev_setup base
+  dev_setup base clang
   house_checks
-  local parts=${CLM_TEST_PRESETS:-debug asan-ubsan tsan}
-  [[ " $parts " != *" clang "* ]] || dev_setup clang
+  # What is shipped, and what finds most.
+  local parts=${CLM_TEST_PRESETS:-release asan-ubsan threads}
   build_all $parts
   [ -n "${CLM_TEST_PRESETS:-}" ] || build_more_parts
   run_tests $parts
 }
 
 dev_sanitize() {
-  dev_setup base
+  dev_setup base clang
   build_all asan-ubsan tsan
   run_tests asan-ubsan tsan
 }

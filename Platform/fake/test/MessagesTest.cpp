@@ -1,3 +1,4 @@
+#include "fake/AddressSanitizer.h"
 #include "fake/PlatformTest.h"
 
 namespace {
@@ -35,7 +36,7 @@ TEST_F(Messages, OnesThatSomebodyHoldsAreCounted) {
   EXPECT_EQ(fake::LiveMessages(), 0u);
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(FAKE_ADDRESS_SANITIZER)
 TEST_F(Messages, WritingBehindThePayloadIsAViolation) {
   void* msg = AaSysComMsgCreate(kId, 4, kClient);
   volatile u8* payload = PayloadOf(msg);
@@ -89,7 +90,7 @@ TEST_F(Messages, SendingASentOneWhoseHandleWasLeftIsAViolation) {
   fake::ClearViolations();
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(FAKE_ADDRESS_SANITIZER)
 TEST_F(Messages, WritingThePayloadOfASentOneIsAViolation) {
   void* msg = AaSysComMsgCreate(kId, 4, kClient);
   volatile u8* payload = PayloadOf(msg);
