@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cstring>
 #include <thread>
@@ -54,14 +53,14 @@ void Sleep(std::atomic<std::uint32_t>& word, std::uint32_t value, std::chrono::n
 }  // namespace
 
 /// Takes a step that only one side may take. @return whether it was the one
-bool DeviceThread::Change(std::uint32_t from, State to) { return m_state.compare_exchange_strong(from, to); }
+bool DeviceThread::Change(std::uint32_t from, AccessState to) { return m_state.compare_exchange_strong(from, to); }
 
 /// Wakes those who wait for a step that was taken. Either this sees the sleeper, or the sleeper sees the step.
 void DeviceThread::Wake() {
   if (m_sleepers.load() != 0) syscall(SYS_futex, &m_state, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
 }
 
-void DeviceThread::Enter(State state) {
+void DeviceThread::Enter(AccessState state) {
   m_state.exchange(state);
   Wake();
 }
@@ -143,21 +142,23 @@ DeviceThread::Outcome DeviceThread::Post(Duration deadline) {
     if (Await([](std::uint32_t state) { return state == kDone; }, deadline)) return Outcome::Answered;
     if (!LacksProcessor()) break;
   }
-  if (Change(kRunning, kLate)) return Outcome::Late;
-  if (!Change(kPosted, kIdle)) return Outcome::Answered;
-  Wake();
-  return Outcome::NotBegun;
+  switch (TakeBack(m_state)) {
+    case kPosted:
+      Wake();
+      return Outcome::NotBegun;
+    case kRunning:
+      return Outcome::Late;
+    default:
+      return Outcome::Answered;
+  }
 }
 
 /// @return whether the thread does not wait in the kernel but for a processor: then the machine is late, not the device
 bool DeviceThread::LacksProcessor() const {
-  const pid_t thread = m_id;
-  if (thread == 0) return true;  // it has not begun to run
-  char text[512] = "/proc/self/task/";
-  char* end = std::to_chars(text + std::strlen(text), text + 64, thread).ptr;
-  std::strcpy(end, "/stat");
-  const Descriptor file(open(text, O_RDONLY | O_CLOEXEC));
-  const ssize_t size = file.Open() ? read(file.Get(), text, sizeof text) : -1;
+  const int file = m_stat;
+  if (file == kNotBegun) return true;
+  char text[512];
+  const ssize_t size = pread(file, text, sizeof text, 0);
   if (size <= 0) return false;
   const std::string_view stat(text, static_cast<std::size_t>(size));
   const std::size_t name = stat.rfind(')');
@@ -199,7 +200,7 @@ void DeviceThread::Serve() {
 
 void* DeviceThread::Main(void* self) {
   auto* thread = static_cast<DeviceThread*>(self);
-  thread->m_id = gettid();
+  thread->m_stat = open("/proc/thread-self/stat", O_RDONLY | O_CLOEXEC);
   pthread_setname_np(pthread_self(), thread->m_name);
   thread->Serve();
 }

@@ -3,6 +3,7 @@
 /// longer than a deadline.
 #pragma once
 
+#include "AccessState.h"
 #include "Descriptor.h"
 
 #include <sys/types.h>
@@ -32,7 +33,8 @@ class DeviceThread {
   /// As pread and pwrite at offset 0, cut to kMaxSize bytes, and with two more errors, which no driver answers: ETIME,
   /// no answer before the deadline (it is dropped should it ever come; what is to be written may still be), and
   /// EALREADY, at once, as long as an access from before that is late has not returned. Time in which the machine has
-  /// no processor for the thread does not count, up to 20 deadlines.
+  /// no processor for the thread does not count, up to 20 deadlines. One descriptor stays open to see that, taken when
+  /// the thread starts: later there may be none.
   ssize_t Read(int fd, char* buffer, std::size_t size, Duration deadline);
   ssize_t Write(int fd, std::string_view text, Duration deadline);
   /// Reads, and closes the file also where the answer comes too late.
@@ -42,14 +44,7 @@ class DeviceThread {
   bool Hangs() const { return m_state.load(std::memory_order_acquire) == kLate; }
 
  private:
-  enum State : std::uint32_t {
-    kIdle,
-    kClaimed,  ///< a caller writes the access
-    kPosted,   ///< the access waits for the thread
-    kRunning,  ///< the thread is in the kernel for it
-    kDone,     ///< the answer waits for the caller
-    kLate      ///< the caller has gone; the access is the thread's
-  };
+  static constexpr int kNotBegun = -2;
   enum class Kind { Read, ReadAndClose, Write };
   enum class Outcome { Answered, NotBegun, Late };
 
@@ -61,14 +56,14 @@ class DeviceThread {
   Outcome Post(Duration deadline);
   bool LacksProcessor() const;
   ssize_t Result(Outcome outcome, char* buffer);
-  bool Change(std::uint32_t from, State to);
-  void Enter(State state);
+  bool Change(std::uint32_t from, AccessState to);
+  void Enter(AccessState state);
   void Wake();
   template <typename Condition>
   bool Await(Condition reached, Duration deadline);
 
   std::atomic<std::uint32_t> m_state{kIdle};
-  std::atomic<pid_t> m_id{0};                ///< of the thread; 0 before it runs
+  std::atomic<int> m_stat{kNotBegun};        ///< descriptor of what the kernel says on the thread; -1: there is none
   std::atomic<std::uint32_t> m_sleepers{0};  ///< who waits for a change of the state in the kernel
   // The access and its answer: of the caller or of the thread, as the state says.
   Kind m_kind = Kind::Read;

@@ -18,6 +18,7 @@ namespace {
 /// Shared by the processes of a test.
 struct Hang {
   std::atomic<std::uint64_t> file{0};  ///< inode; 0: none hangs
+  std::atomic<bool> working{false};    ///< without a wait in the kernel
   std::atomic<unsigned> accesses{0};   ///< that block
 };
 
@@ -40,7 +41,9 @@ void BlockWhileHung(int fd) {
   struct stat file {};
   if (hang.file == 0 || fstat(fd, &file) != 0 || hang.file != file.st_ino) return;
   ++hang.accesses;
-  while (hang.file == file.st_ino) Pause();
+  while (hang.file == file.st_ino) {
+    if (!hang.working) Pause();
+  }
   --hang.accesses;
 }
 
@@ -82,8 +85,9 @@ ssize_t __pread64_chk(int fd, void* buffer, size_t size, off64_t offset, size_t)
 
 }  // extern "C"
 
-HungDevice::HungDevice(const std::filesystem::path& path) {
+HungDevice::HungDevice(const std::filesystem::path& path, bool working) {
   struct stat file {};
+  TheHang().working = working;
   TheHang().file = stat(path.c_str(), &file) == 0 ? file.st_ino : 0;
 }
 

@@ -12,7 +12,9 @@ class HungDevice {
  public:
   /// From now on the file's accesses block. One of a file that does not exist makes ready for those that are made after
   /// a fork.
-  explicit HungDevice(const std::filesystem::path& file);
+  /// @param working whether the accesses use the processor meanwhile: to the kernel they look as those do that the
+  ///                machine leaves none
+  explicit HungDevice(const std::filesystem::path& file, bool working = false);
   HungDevice(const HungDevice&) = delete;
   HungDevice& operator=(const HungDevice&) = delete;
   /// All accesses return.
