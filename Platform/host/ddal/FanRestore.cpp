@@ -42,15 +42,19 @@ std::string RestoreFan(const FanNote& note) {
   board::HwmonFan binding = *described;
   binding.at = note.at;
   FoundFan found = OpenFan(binding, false);
-  if (found.absent) return {};  // what comes back starts as its driver has it
+  if (found.gone) return {};  // what comes back starts as its driver has it
+  if (found.absent) return "its chip is not found, and may be there all the same";
   if (!found.pwm.Open()) return "it cannot be opened for writing";
   const std::array attributes = {&found.pwm, &found.mode, &found.frequency, &found.target};
   DeviceThread& thread = ThreadOfChip(described->chip, described->at);
   int failure = 0;
   const bool taken = HandBack(note.record, [&](FanAttribute attribute, i32 value) {
-    if (failure == ETIME || failure == EALREADY || !attributes[attribute]->Open()) return failure;
+    if (failure == ETIME || failure == EALREADY) return failure;
+    // What was found of the fan had this attribute: one that cannot be opened now keeps what is on record.
     const int fd = attributes[attribute]->Get();
-    return failure = WriteNumber(thread, fd, DeviceThread::Duration(described->deadlineMs), value);
+    const int error = fd < 0 ? EBADF : WriteNumber(thread, fd, DeviceThread::Duration(described->deadlineMs), value);
+    if (error != 0) failure = error;
+    return error;
   });
   if (failure == ETIME) {
     for (Descriptor* late : attributes) late->Release();  // the chip's thread may still use one

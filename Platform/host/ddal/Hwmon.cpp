@@ -5,6 +5,7 @@
 #include <limits.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <map>
 #include <mutex>
 #include <string_view>
@@ -16,14 +17,25 @@ namespace {
 
 std::string ClassFolder() { return SysfsRoot() + "/class/hwmon"; }
 
-/// @return folders of the chips of that name, and at that device where one is given
-std::vector<std::string> FindChips(const std::string& chip, const std::string& at) {
-  std::vector<std::string> folders;
-  for (const std::string& name : ListFolder(ClassFolder(), "hwmon")) {
+/// Chips of one name, and at one device where one is given.
+struct Chips {
+  std::vector<std::string> folders{};
+  bool complete = true;  ///< nothing that is bound may be another one
+};
+
+Chips FindChips(const std::string& chip, const std::string& at) {
+  Chips chips;
+  int error = 0;
+  const std::vector<std::string> names = ListFolder(ClassFolder(), "hwmon", &error);
+  chips.complete = error == 0;
+  for (const std::string& name : names) {
     const std::string folder = ClassFolder() + '/' + name;
-    if (ReadLine(folder + "/name") == chip && (at.empty() || DeviceName(folder) == at)) folders.push_back(folder);
+    if (!at.empty() && DeviceName(folder) != at) continue;
+    if (ReadLine(folder + "/name", &error) == chip) chips.folders.push_back(folder);
+    if (error != 0 && error != ENOENT && error != ENODEV)
+      chips.complete = false;  // these two: it has just been unbound
   }
-  return folders;
+  return chips;
 }
 
 std::string ChipsHere() {
@@ -78,9 +90,11 @@ std::string Listed(const std::vector<std::string>& names) {
 }
 
 FoundChip FindChip(const std::string& chip, const std::string& at, const char* device, bool explain) {
-  std::vector<std::string> folders = FindChips(chip, at);
-  if (folders.size() == 1) return {std::move(folders.front()), {}};
-  return {{}, explain ? ChipProblem(chip, at, device, folders) : std::string()};
+  Chips chips = FindChips(chip, at);
+  if (chips.folders.size() == 1) return {.folder = std::move(chips.folders.front()), .problem = {}};
+  return {.folder = {},
+          .problem = explain ? ChipProblem(chip, at, device, chips.folders) : std::string(),
+          .gone = chips.complete && chips.folders.empty()};
 }
 
 }  // namespace hwapi::ddal

@@ -15,12 +15,13 @@ namespace hwapi::ddal {
 struct FoundChip {
   std::string folder;   ///< its folder; "" when no such chip is bound, or several are
   std::string problem;  ///< what is wrong and what would be right; only when it was asked for
+  bool gone = false;    ///< all that is bound was looked at, and none is this chip
 };
 
 /// An attribute that was looked for.
 struct FoundAttribute {
   Descriptor attribute{};  ///< open for reading; none when it was not found
-  bool absent = false;     ///< no such chip is bound
+  bool absent = false;     ///< its chip was not found
   std::string problem{};   ///< as in FoundChip
 };
 
@@ -33,7 +34,8 @@ struct FoundFan {
   Descriptor target{};     ///< likewise
   std::string device{};    ///< of the chip, as DeviceName
   u32 chip = 0;            ///< the same for fans of one chip
-  bool absent = false;     ///< no such chip is bound
+  bool absent = false;     ///< its chip was not found
+  bool gone = false;       ///< as in FoundChip
   std::string problem{};   ///< as in FoundChip
 
   /// @return whether the fan can be driven

@@ -54,6 +54,7 @@ FoundFan OpenFan(const board::HwmonFan& fan, bool explain) {
   FoundChip chip = FindChip(fan.chip, fan.at, "fan", explain);
   FoundFan found;
   found.absent = chip.folder.empty();
+  found.gone = chip.gone;
   found.problem = std::move(chip.problem);
   if (found.absent) return found;
   std::string* problem = explain ? &found.problem : nullptr;

@@ -66,7 +66,7 @@ class LineReaders {
     return *own;
   }
 
-  /// @return bytes read; -1 also when there was no answer in time
+  /// @return bytes read; -1 also when there was no answer in time, or all threads wait for one; errno says it
   ssize_t Read(const std::string& path, char* text, std::size_t size) {
     const std::lock_guard lock(m_mutex);
     Reader* idle = nullptr;
@@ -74,10 +74,14 @@ class LineReaders {
       if (!reader.thread.Hangs()) {
         if (idle == nullptr) idle = &reader;
       } else if (reader.path == path) {
-        return -1;
+        idle = nullptr;
+        break;
       }
     }
-    if (idle == nullptr) return -1;
+    if (idle == nullptr) {
+      errno = EALREADY;
+      return -1;
+    }
     Descriptor file = OpenAttribute(path, O_RDONLY);
     if (!file.Open()) return -1;
     idle->path = path;
@@ -137,21 +141,26 @@ int WriteNumberHere(int fd, int number) {
   return ErrorOfWrite(line, pwrite(fd, line.Text().data(), line.Text().size(), 0));
 }
 
-std::string ReadLine(const std::string& path) {
+std::string ReadLine(const std::string& path, int* error) {
   char text[DeviceThread::kMaxSize];
   const ssize_t size = LineReaders::Own().Read(path, text, sizeof text);
+  if (error != nullptr) *error = size < 0 ? errno : 0;
   if (size <= 0) return {};
   const std::string_view all(text, static_cast<std::size_t>(size));
   return std::string(all.substr(0, all.find('\n')));
 }
 
-std::vector<std::string> ListFolder(const std::string& path, const std::string& prefix) {
+std::vector<std::string> ListFolder(const std::string& path, const std::string& prefix, int* error) {
   std::vector<std::string> names;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
-  if (folder == nullptr) return names;
-  while (const dirent* entry = readdir(folder.get())) {
-    if (std::string_view(entry->d_name).starts_with(prefix)) names.emplace_back(entry->d_name);
+  if (folder != nullptr) {
+    errno = 0;
+    while (const dirent* entry = readdir(folder.get())) {
+      if (std::string_view(entry->d_name).starts_with(prefix)) names.emplace_back(entry->d_name);
+      errno = 0;
+    }
   }
+  if (error != nullptr) *error = errno;
   std::sort(names.begin(), names.end());
   return names;
 }

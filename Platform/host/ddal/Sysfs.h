@@ -44,10 +44,12 @@ int WriteNumber(DeviceThread& thread, int fd, DeviceThread::Duration deadline, i
 /// @return 0, or an errno value
 int WriteNumberHere(int fd, int number);
 
+/// @param error out: 0, or an errno value: those of DeviceThread among them; null: nobody reads it
 /// @return first line of a file; "" when it cannot be read, or not within 100 ms
-std::string ReadLine(const std::string& path);
+std::string ReadLine(const std::string& path, int* error = nullptr);
 
+/// @param error out: 0, or an errno value; null: nobody reads it
 /// @return names in a folder that begin with @p prefix, sorted; none when it cannot be read
-std::vector<std::string> ListFolder(const std::string& path, const std::string& prefix);
+std::vector<std::string> ListFolder(const std::string& path, const std::string& prefix, int* error = nullptr);
 
 }  // namespace hwapi::ddal

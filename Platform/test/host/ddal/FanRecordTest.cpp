@@ -102,6 +102,53 @@ TEST_F(FanRecordTest, AFanThatIsNoLongerDescribedStaysOnRecord) {
   EXPECT_TRUE(std::filesystem::exists(Note()));
 }
 
+TEST_F(FanRecordTest, AFanWhoseChipIsGoneIsTakenOffTheRecord) {
+  KillBothAfter(SetBoth);
+  m_fans.Unbind();
+  EXPECT_EQ(Restore(), 0);
+  EXPECT_FALSE(std::filesystem::exists(Note()));
+}
+
+TEST_F(FanRecordTest, AFanStaysOnRecordWhileSeveralChipsFit) {
+  KillBothAfter(SetBoth);
+  m_fans.Board().BindChip(5, "emc2305", "3-002c");
+  EXPECT_EQ(Restore(), 1);
+  m_fans.Board().UnbindChip(5);
+  EXPECT_EQ(Restore(), 0);
+  EXPECT_EQ(State(), kFound);
+}
+
+TEST_F(FanRecordTest, AFanStaysOnRecordWhileNoChipCanBeLookedFor) {
+  KillBothAfter(SetBoth);
+  const auto chips = m_fans.Path("").parent_path().parent_path();
+  const auto aside = m_fans.Board().Folder() / "aside";
+  std::filesystem::rename(chips, aside);
+  EXPECT_EQ(Restore(), 1);
+  std::filesystem::rename(aside, chips);
+  EXPECT_EQ(Restore(), 0);
+  EXPECT_EQ(State(), kFound);
+}
+
+TEST_F(FanRecordTest, AFanStaysOnRecordWhileTheNameOfItsChipIsLate) {
+  const HungDevice none("/nowhere");
+  KillBothAfter(SetBoth);
+  {
+    const HungDevice device(m_fans.Path("name"));
+    Daemon next(Init);
+    EXPECT_TRUE(std::filesystem::exists(Note()));
+  }
+  AwaitAll();
+  EXPECT_EQ(Restore(), 0);
+  EXPECT_EQ(State(), kFound);
+}
+
+TEST_F(FanRecordTest, AFanOfWhichAnAttributeCannotBeOpenedStaysOnRecord) {
+  KillBothAfter(SetBoth);
+  m_fans.Remove("pwm1_enable");
+  EXPECT_EQ(Restore(), 1);
+  EXPECT_TRUE(std::filesystem::exists(Note()));
+}
+
 TEST_F(FanRecordTest, TheProgramHandsBack) {
   KillBothAfter(SetBoth);
   EXPECT_EQ(Restore(), 0);
