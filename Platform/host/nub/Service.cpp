@@ -10,12 +10,15 @@
 #include "AaSysTime.h"
 #include "ddal_error.h"
 
+#include <sys/random.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <thread>
 #include <utility>
@@ -81,6 +84,7 @@ struct Service::State {
   bool Start(Service& service) const;
   void StartSignsOfLife();
   void StopSignsOfLife();
+  bool IsSignOfLife(void* msg) const;
   void GiveSignOfLife();
   void Deliver(void* msg);
   void CallDelegate(MsgDelegateBase& delegate, void* msg) const;
@@ -94,7 +98,8 @@ struct Service::State {
   MsgRouter router;
   Supervisor supervisor;
   TAaSysTimerId aliveTimer = 0;
-  std::string hangingThread;  ///< the one that the log names, if any
+  std::uint64_t aliveNumber = 0;  ///< in the messages of that timer; 0: there is none
+  std::string hangingThread;      ///< the one that the log names, if any
   u32 serviceState = 0;
   bool commonState = true;
   std::vector<u32> unknownIds;  ///< those with a line, sorted
@@ -134,7 +139,12 @@ void Service::State::RegisterEndpoint() const {
 void Service::State::StartSignsOfLife() {
   const u32 periodUs = Supervisor::AlivePeriodUs();
   if (periodUs == 0) return;
-  void* msg = AaSysComMsgCreate(kAliveMsg, 0, OwnAddress());
+  if (getrandom(&aliveNumber, sizeof aliveNumber, 0) != sizeof aliveNumber) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, printFeature, "No random number for the supervisor's watchdog");
+    return;
+  }
+  void* msg = AaSysComMsgCreate(kAliveMsg, sizeof aliveNumber, OwnAddress());
+  if (msg != nullptr) std::memcpy(AaSysComMsgGetPayload(msg), &aliveNumber, sizeof aliveNumber);
   AaSysComMsgSetSender(msg, OwnAddress());
   if (AaSysTimermCreate(&aliveTimer, periodUs, periodUs, msg) == 0) return;
   AaSysComMsgDestroy(&msg);
@@ -142,6 +152,15 @@ void Service::State::StartSignsOfLife() {
 }
 
 void Service::State::StopSignsOfLife() { AaSysTimerDelete(std::exchange(aliveTimer, 0)); }
+
+/// Anybody may send this id. One that did not come from the timer would be a look too early, at which threads that are
+/// at work seem to hang, and a flood of them one of the supervisor.
+bool Service::State::IsSignOfLife(void* msg) const {
+  std::uint64_t number = 0;
+  if (AaSysComMsgGetId(msg) != kAliveMsg || AaSysComMsgGetPayloadSize(msg) != sizeof number) return false;
+  std::memcpy(&number, AaSysComMsgGetPayload(msg), sizeof number);
+  return number != 0 && number == aliveNumber;
+}
 
 /// While a thread hangs the sign stays away: the supervisor ends the process then.
 void Service::State::GiveSignOfLife() {
@@ -160,7 +179,7 @@ void Service::State::Deliver(void* msg) {
   const ReceivedMsg received(msg);
   const u32 id = AaSysComMsgGetId(msg);
   if (id == kWakeUpMsg) return;
-  if (id == kAliveMsg) return GiveSignOfLife();
+  if (IsSignOfLife(msg)) return GiveSignOfLife();
   const MsgRouter::Delegate delegate = router.Find(id);
   if (delegate == nullptr) return CountUnknown(msg);
   CallDelegate(*delegate, msg);

@@ -16,9 +16,9 @@ class Client {
   Client& operator=(const Client&) = delete;
   ~Client() { AaSysComUserDeregister(m_task); }
 
-  /// Sends an empty message to the service.
-  void Send(u32 msgId) const {
-    void* msg = AaSysComMsgCreate(msgId, 0, AaSysComSicadGet(kProbeTask, AaSysComGetOwnNid()));
+  /// Sends a message of zeros to the service, an empty one unless a size is given.
+  void Send(u32 msgId, u32 size = 0) const {
+    void* msg = AaSysComMsgCreate(msgId, size, AaSysComSicadGet(kProbeTask, AaSysComGetOwnNid()));
     AaSysComMsgSendS(&msg, AaSysComSicadGet(m_task, AaSysComGetOwnNid()));
   }
   /// @return number in the next answer; none when there is no answer for long

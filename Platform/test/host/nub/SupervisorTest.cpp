@@ -68,6 +68,17 @@ TEST_F(SignOfLifeTest, ComesWhenTheTimersMakeProgress) {
   EXPECT_EQ(supervisor.Notice(), "WATCHDOG=1");
 }
 
+TEST_F(SignOfLifeTest, DoesNotComeAtTheWordOfAnotherProcess) {
+  constexpr u32 kAlive = 0xFF02;
+  const Supervisor supervisor(Path());
+  const ServiceProcess service({.init = [](Probe& probe) { probe.Answer(kAsk, 1); }});
+  EXPECT_EQ(supervisor.Notice(), "READY=1");
+  const Client client;
+  for (u32 size = 0; size <= 16; ++size) client.Send(kAlive, size);
+  EXPECT_EQ(client.Ask(kAsk), 1u);
+  EXPECT_FALSE(supervisor.Told());
+}
+
 /// Tells that timers of the process have expired, those of its first second and this one.
 void TellWhenASecondIsOver() {
   constexpr u32 kOver = 0x1001;
