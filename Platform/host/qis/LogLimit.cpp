@@ -15,13 +15,16 @@ namespace {
 
 constexpr std::int64_t kLookEveryNs = 100'000'000;
 
-/// Whose message a thread handles.
-struct Handled {
-  TAaSysComSicad sender = 0;
-  bool isStrangers = false;
+/// On whose behalf a thread logs.
+struct Logging {
+  TAaSysComSicad sender = 0;      ///< of the message that it handles; 0: one of this process, or none
+  bool handlesStrangers = false;  ///< another process's message
+  bool isPlatforms = false;
+
+  bool IsLimited() const { return handlesStrangers || isPlatforms; }
 };
 
-constinit thread_local Handled t_handled;
+constinit thread_local Logging t_logging;
 
 /// The limits of this process.
 struct Limits {
@@ -44,6 +47,9 @@ void Tell(const LogLimit::LeftOut& leftOut) {
   const auto lines = static_cast<unsigned long long>(leftOut.lines);
   if (!isKnown) {
     line.Print("Lines left out here: %llu; messages of too many senders cause too many", lines);
+  } else if (cause.sender == 0) {
+    line.Print("Lines like \"%s\" left out here: %llu; what other processes do causes too many", leftOut.begin.data(),
+               lines);
   } else {
     line.Print("Lines like \"%s\" left out here: %llu; messages of task 0x%04X of board %u, cpu %u cause too many",
                leftOut.begin.data(), lines, cause.sender & 0xFFFFu, unsigned{AaSysComNmapGetBoard(cause.sender)},
@@ -72,14 +78,17 @@ void TellLeftOut() {
 }  // namespace
 
 void HandlingMessageFrom(TAaSysComSicad sender, bool ownProcess) {
-  t_handled = {.sender = sender, .isStrangers = !ownProcess};
+  t_logging.sender = ownProcess ? 0 : sender;
+  t_logging.handlesStrangers = !ownProcess;
   if (TheLimits().hasLeftOut.load(std::memory_order_relaxed)) {
     TellLeftOut();
   }
 }
 
+void LimitLinesOfThisThread() { t_logging.isPlatforms = true; }
+
 bool MayLog(EAaSysLogSeverityLevel level, u32 feature, const char* format) {
-  if (!t_handled.isStrangers) {
+  if (!t_logging.IsLimited()) {
     return true;
   }
   Limits& limits = TheLimits();
@@ -88,7 +97,7 @@ bool MayLog(EAaSysLogSeverityLevel level, u32 feature, const char* format) {
   }
   const std::lock_guard lock(limits.mutex);
   const bool may =
-      limits.limit.MayLog({.format = format, .feature = feature, .level = level, .sender = t_handled.sender}, NowNs());
+      limits.limit.MayLog({.format = format, .feature = feature, .level = level, .sender = t_logging.sender}, NowNs());
   limits.hasLeftOut.store(limits.limit.HasLeftOut(), std::memory_order_relaxed);
   return may;
 }

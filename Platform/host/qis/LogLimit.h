@@ -1,10 +1,11 @@
 /// @file
 /// Lines that other processes can cause: each cause has a limit for each sender, so that nobody floods the log.
 ///
-/// Only what a thread logs while it handles a message of another process is limited. A cause is the place that logs
-/// (its format), at its level, for its feature. A cause may log 100 lines at once and 10 a second in the long run; all
-/// of them together may log 5000 at once and 500 a second. What is left out is counted, and told when the cause may
-/// log again: before its next line, or with the next message that is handled.
+/// Limited is what a thread logs while it handles a message of another process, and what the platform's own threads
+/// log, observers of tags among them: whatever they do, others caused it, though not always one known sender. A cause
+/// is the place that logs (its format), at its level, for its feature. A cause may log 100 lines at once and 10 a
+/// second in the long run; all of them together may log 5000 at once and 500 a second. What is left out is counted, and
+/// reported when the cause may log again: before its next line, or with the next message that is handled.
 #pragma once
 
 #include "AaSysCom.h"
@@ -22,6 +23,9 @@ namespace hwapi::qis {
 /// @param sender     address of the message's sender
 /// @param ownProcess whether this process sent it: what it causes is not limited
 void HandlingMessageFrom(TAaSysComSicad sender, bool ownProcess);
+
+/// The calling thread is one of the platform: all its lines are limited.
+void LimitLinesOfThisThread();
 
 /// @return whether the calling thread may log this line now; if not, it is counted. Says before how many were left out.
 bool MayLog(EAaSysLogSeverityLevel level, u32 feature, const char* format);
@@ -48,7 +52,7 @@ struct LogCause {
   const char* format = nullptr;
   u32 feature = 0;
   EAaSysLogSeverityLevel level{};
-  TAaSysComSicad sender = 0;
+  TAaSysComSicad sender = 0;  ///< 0: nobody in particular
 
   friend bool operator==(const LogCause&, const LogCause&) = default;
 };

@@ -1,12 +1,31 @@
 #include "PlatformThread.h"
 
+#include "LogLimit.h"
+
 #include <pthread.h>
 #include <signal.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <new>
 #include <string>
 
 namespace hwapi::qis {
+namespace {
+
+struct PlatformThread {
+  void* (*entry)(void*);
+  void* argument;
+};
+
+void* RunPlatformThread(void* started) {
+  LimitLinesOfThisThread();
+  const PlatformThread thread = *std::unique_ptr<PlatformThread>(static_cast<PlatformThread*>(started));
+  return thread.entry(thread.argument);
+}
+
+}  // namespace
 
 int StartThread(std::size_t stackSize, void* (*entry)(void*), void* argument) {
   pthread_attr_t attributes;
@@ -26,11 +45,18 @@ int StartThread(std::size_t stackSize, void* (*entry)(void*), void* argument) {
 }
 
 int StartPlatformThread(void* (*entry)(void*), void* argument) {
+  std::unique_ptr<PlatformThread> thread(new (std::nothrow) PlatformThread{.entry = entry, .argument = argument});
+  if (thread == nullptr) {
+    return ENOMEM;
+  }
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
-  const int error = StartThread(0, entry, argument);
+  const int error = StartThread(0, &RunPlatformThread, thread.get());
+  if (error == 0) {
+    static_cast<void>(thread.release());  // the thread's now
+  }
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return error;
 }

@@ -14,7 +14,8 @@ inline constexpr std::size_t kMinimumStack = 256 * 1024;
 /// @return 0, else an errno value
 int StartThread(std::size_t stackSize, void* (*entry)(void*), void* argument);
 
-/// Starts a detached thread in which every signal is blocked, so that signals reach the program's own threads.
+/// Starts a detached thread in which every signal is blocked, so that signals reach the program's own threads, and
+/// whose log lines are limited (LogLimit.h). @return 0, else an errno value
 int StartPlatformThread(void* (*entry)(void*), void* argument);
 
 /// Names the calling thread.

@@ -1,6 +1,9 @@
 // Lines that other processes cause are limited.
+#include "AaConfig.h"
 #include "AaSysCom.h"
+#include "ComLog.h"
 #include "LogLimit.h"
+#include "PlatformThread.h"
 #include "Support.h"
 
 #include <gtest/gtest.h>
@@ -122,10 +125,56 @@ TEST_F(LimitedLog, HasEveryLineOfTheProcessesOwnMessages) {
   EXPECT_EQ(Occurrences(m_output.Text(), "refused"), 150u);
 }
 
-TEST_F(LimitedLog, HasEveryLineOfOtherThreads) {
+TEST_F(LimitedLog, HasEveryLineOfTheProcessesOtherThreads) {
   qis::HandlingMessageFrom(AddressOf(0x8123), false);
   std::thread(&LogOften).join();
   EXPECT_EQ(Occurrences(m_output.Text(), "refused"), 150u);
+}
+
+TEST_F(LimitedLog, LeavesOutLinesOfATagsObserver) {
+  static const Event s_done;
+  const auto observe = [](const char*, const void*, u32) {
+    LogOften();
+    s_done.Happened();
+  };
+  ASSERT_EQ(AaConfigTagRegister("app.a", observe), 0);
+  ASSERT_EQ(AaConfigTagPublicSet("app.a", "1", 1), 0);
+  ASSERT_TRUE(s_done.Await());
+  EXPECT_LT(Occurrences(m_output.Text(), "refused"), 150u);
+}
+
+TEST_F(LimitedLog, LeavesOutLinesOfLossesAndRecoveriesThatTakeTurnsOnAPlatformThread) {
+  static const Event s_done;
+  const auto takeTurns = [](void*) -> void* {
+    qis::LossLog losses(AddressOf(0x8123));
+    for (int i = 0; i < 150; ++i) {
+      losses.Lost(EAaSysComCounter_QueueFull, 1, "its queue is full");
+      losses.Delivered();
+    }
+    s_done.Happened();
+    return nullptr;
+  };
+  ASSERT_EQ(qis::StartPlatformThread(takeTurns, nullptr), 0);
+  ASSERT_TRUE(s_done.Await());
+  EXPECT_LT(Occurrences(m_output.Text(), "Cannot deliver"), 150u);
+  EXPECT_LT(Occurrences(m_output.Text(), "are delivered again"), 150u);
+}
+
+TEST_F(LimitedLog, StaysLimitedOnAPlatformThreadThatReceivedAMessage) {
+  static const Event s_done;
+  const auto receive = [](void*) -> void* {
+    qis::HandlingMessageFrom(0, true);
+    LogOften();
+    s_done.Happened();
+    return nullptr;
+  };
+  ASSERT_EQ(qis::StartPlatformThread(receive, nullptr), 0);
+  ASSERT_TRUE(s_done.Await());
+  EXPECT_LT(Occurrences(m_output.Text(), "refused"), 150u);
+  EXPECT_TRUE(Eventually([&] {
+    qis::HandlingMessageFrom(0, true);
+    return Occurrences(m_output.Text(), "; what other processes do causes too many\n") == 1;
+  })) << m_output.Text();
 }
 
 TEST_F(LimitedLog, SaysHowManyLinesAreMissingWithALaterMessage) {
