@@ -18,6 +18,7 @@ std::int64_t ReadUs(clockid_t clock) {
   return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
 }
 
+/// @return all zero when it cannot be read
 BootId ReadBootId() {
   BootId id{};
   const Fd file(::open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC));

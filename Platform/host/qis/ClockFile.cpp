@@ -54,16 +54,19 @@ int ReadWholeRecord(int file, Record& record) {
 
 }  // namespace
 
-ClockFile::ClockFile(const ClockState& fresh) : m_state(fresh) {
+ClockFile::ClockFile(const ClockState& fresh) : m_origin(fresh.origin), m_state(fresh) {
   const RunFolder run("");
   m_path = run.Path() + "/" + kName;
   m_file = run.Get() >= 0 ? OpenLocked(run.Get(), kName, run.FileMode(), LockWait::Wait) : Fd();
   int error = m_file ? 0 : errno;
   if (m_file) {
     Record record;
-    const bool isThere = ReadWholeRecord(m_file.Get(), record) == 0 && record.state.origin == fresh.origin;
+    const bool isThere = ReadWholeRecord(m_file.Get(), record) == 0 && record.state.origin.Fits(m_origin);
     m_state = isThere ? record.state : fresh;
-    error = isThere ? 0 : Write(fresh);
+    if (m_origin.boot != BootId{}) {
+      m_state.origin.boot = m_origin.boot;  // whoever made the clock may not have known it
+    }
+    error = isThere && m_state.origin == record.state.origin ? 0 : Write(m_state);
     Unlock(m_file.Get());
   }
   if (error != 0) {
@@ -114,7 +117,7 @@ bool ClockFile::Load() const {
   if (const int error = ReadWholeRecord(m_file.Get(), record); error != 0) {
     return false;
   }
-  if (record.state.origin == m_state.origin) {
+  if (record.state.origin.Fits(m_origin)) {
     m_state = record.state;
   }
   return true;

@@ -16,7 +16,8 @@
 
 namespace hwapi::qis {
 
-/// Identity of the running kernel: the monotonic clock means nothing after the next boot.
+/// Identity of the running kernel: the monotonic clock means nothing after the next boot. All zero where it is not
+/// known: a service may see nothing of /proc but processes.
 using BootId = std::array<char, 40>;
 
 /// What a clock was made from; another board needs another one.
@@ -26,6 +27,12 @@ struct ClockOrigin {
   std::int64_t startMs = 0;
 
   friend bool operator==(const ClockOrigin&, const ClockOrigin&) = default;
+  /// @return whether a clock made from this is another one's, too. A boot that is not known is taken for the same:
+  /// otherwise a process that does not know it and those that do would replace each other's clock at every start.
+  bool Fits(const ClockOrigin& other) const {
+    return speed == other.speed && startMs == other.startMs &&
+           (boot == other.boot || boot == BootId{} || other.boot == BootId{});
+  }
 };
 
 /// A clock. Times are microseconds.
@@ -40,12 +47,12 @@ struct ClockState {
 /// The file. May be used from every thread.
 class ClockFile {
  public:
-  /// Opens the file, and sets it up unless it has a clock of the same origin. When that fails, the process has a clock
-  /// of its own; that is reported.
+  /// Opens the file, and sets it up unless it has a clock of an origin that fits. When that fails, the process has a
+  /// clock of its own; that is reported.
   /// @param fresh the clock at its beginning
   explicit ClockFile(const ClockState& fresh);
 
-  /// @return the clock as it is now; one of the same origin as at the beginning
+  /// @return the clock as it is now; one whose origin fits that of the beginning
   ClockState Read() const;
   /// Changes the clock for all processes.
   /// @return 0, else an errno value: it is as it was (ETIMEDOUT: a process that was stopped keeps it locked)
@@ -59,6 +66,7 @@ class ClockFile {
   void Restore() const;
   int Write(const ClockState& state) const;
 
+  const ClockOrigin m_origin;  ///< as this process knows it
   Fd m_file;
   std::string m_path;             ///< for people
   mutable std::mutex m_changing;  ///< taken before m_mutex, with the lock of the file

@@ -23,12 +23,15 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// @return the process that holds the exclusive lock of a file, by the kernel's list; 0 when it is not known
+constexpr const char* kLocks = "/proc/locks";
+
+/// @return the process that holds the exclusive lock of a file, by the kernel's list; 0 when that does not say, -1 when
+/// it cannot be read: a service may see nothing of /proc but processes
 int HolderOf(int fd) {
   struct stat status {};
-  const std::unique_ptr<std::FILE, CloseFile> locks(std::fopen("/proc/locks", "re"));
+  const std::unique_ptr<std::FILE, CloseFile> locks(std::fopen(kLocks, "re"));
   if (!locks || ::fstat(fd, &status) != 0) {
-    return 0;
+    return -1;
   }
   char line[256];
   while (std::fgets(line, sizeof line, locks.get()) != nullptr) {
@@ -85,9 +88,15 @@ int LockInTime(int fd) {
 }
 
 void ReportKeptLock(int fd, const char* path) {
-  if (const int holder = HolderOf(fd); holder != 0) {
+  const int holder = HolderOf(fd);
+  if (holder > 0) {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
                    "%s is kept locked by process %d: continue or end that process", path, holder);
+  } else if (holder < 0) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
+                   "%s is kept locked by another process, and %s, which names it, is not to be read from here: "
+                   "look there from a shell, and continue or end that process",
+                   path, kLocks);
   } else {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature,
                    "%s is kept locked by another process: continue or end that process", path);

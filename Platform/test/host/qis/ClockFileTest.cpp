@@ -1,12 +1,16 @@
 // The file of the board's clock when others cut it, damage it, lock it, or put something else in its place.
 #include "AaSysTime.h"
 #include "Clock.h"
+#include "ClockFile.h"
+#include "Fd.h"
+#include "LockedFile.h"
 #include "Support.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -127,6 +131,68 @@ TEST(ClockFile, ThatAStoppedProcessKeepsLockedIsReportedWithThatProcess) {
   EXPECT_EQ(AaUtcTimeSet(&kSet), ETIMEDOUT);
   EXPECT_LT(YearNow(), kSet.year);
   EXPECT_EQ(Occurrences(log.Text(), path + " is kept locked by process " + std::to_string(holder)), 1u) << log.Text();
+}
+
+/// @return the beginning of a clock in a boot; "" is one that is not known
+qis::ClockState FreshClock(const std::string& boot) {
+  qis::ClockState fresh{.origin = {.speed = 60}, .monotonicEpochUs = 1};
+  boot.copy(fresh.origin.boot.data(), boot.size());
+  return fresh;
+}
+
+void SetOffset(qis::ClockFile& file, std::int64_t us) {
+  EXPECT_EQ(file.Change([us](qis::ClockState& state) { state.offsetUs = us; }), 0);
+}
+
+TEST(ClockFile, IsOneOfProcessesThatKnowTheBootAndThoseThatDoNot) {
+  const Board board;
+  qis::ClockFile knowing(FreshClock("this boot"));
+  SetOffset(knowing, 1);
+  qis::ClockFile unknowing(FreshClock(""));
+  EXPECT_EQ(unknowing.Read().offsetUs, 1);
+  SetOffset(knowing, 2);
+  EXPECT_EQ(unknowing.Read().offsetUs, 2);
+  SetOffset(unknowing, 3);
+  EXPECT_EQ(knowing.Read().offsetUs, 3);
+  EXPECT_EQ(qis::ClockFile(FreshClock("this boot")).Read().offsetUs, 3);
+}
+
+TEST(ClockFile, OfAProcessThatDoesNotKnowTheBootGetsItFromTheNextThatDoes) {
+  const Board board;
+  qis::ClockFile unknowing(FreshClock(""));
+  SetOffset(unknowing, 1);
+  EXPECT_EQ(qis::ClockFile(FreshClock("this boot")).Read().offsetUs, 1);
+  SetOffset(unknowing, 2);
+  EXPECT_EQ(qis::ClockFile(FreshClock("this boot")).Read().offsetUs, 2);
+  EXPECT_EQ(qis::ClockFile(FreshClock("the next boot")).Read().offsetUs, 0) << "its clock begins";
+}
+
+TEST(ClockFile, OfAnotherBootIsReplacedAlsoForAProcessThatDoesNotKnowTheBoot) {
+  const Board board;
+  qis::ClockFile before(FreshClock("this boot"));
+  SetOffset(before, 1);
+  qis::ClockFile unknowing(FreshClock(""));
+  qis::ClockFile after(FreshClock("the next boot"));
+  EXPECT_EQ(after.Read().offsetUs, 0);
+  SetOffset(after, 2);
+  EXPECT_EQ(unknowing.Read().offsetUs, 2);
+}
+
+TEST(ClockFile, ThatIsKeptLockedIsReportedWithWhereTheProcessIsNamedIfNotHere) {
+  const Board board;
+  const qis::Fd file(::open((board.Folder() + "/file").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
+  const ErrorOutput log;
+  qis::ReportKeptLock(file.Get(), "the file");
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};  // nothing can be opened
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  qis::ReportKeptLock(file.Get(), "the file");
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(Occurrences(log.Text(), "the file is kept locked by another process: continue or end"), 1u) << log.Text();
+  EXPECT_EQ(Occurrences(log.Text(), "locked by another process, and /proc/locks, which names it, is not to be read"),
+            1u)
+      << log.Text();
 }
 
 TEST(ClockFile, ThatIsAPipeIsReportedAsOneAndTheProcessHasAClockOfItsOwn) {
