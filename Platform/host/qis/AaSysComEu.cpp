@@ -6,7 +6,10 @@
 #include "Tasks.h"
 #include "ThreadWatch.h"
 
+#include <pthread.h>
+
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -38,6 +41,27 @@ class EuGuard {
  private:
   TAaProEuId m_eu;
 };
+
+/// The end of a thread that the platform did not start.
+void EndEu(void* eu) {
+  Tasks::Own().RemoveEu(static_cast<TAaProEuId>(reinterpret_cast<std::uintptr_t>(eu)));
+  t_eu = 0;  // a later destructor of the thread gets another one, which is given back likewise
+}
+
+/// Gives back, at the end of the calling thread, what its execution unit holds. A key, and no thread_local object: its
+/// destructor runs after those of all such objects, which may still send and deregister, and it does not run when the
+/// process ends: that alone ends what the main thread holds, a service that is destroyed after main still has it.
+void GiveBackAtEnd(TAaProEuId eu) {
+  struct Key {
+    Key() : isMade(::pthread_key_create(&key, &EndEu) == 0) {}
+    pthread_key_t key{};
+    const bool isMade;
+  };
+  static const Key key;
+  if (key.isMade) {
+    ::pthread_setspecific(key.key, reinterpret_cast<void*>(std::uintptr_t{eu}));
+  }
+}
 
 void* RunEu(void* argument) {
   const std::unique_ptr<Start> start(static_cast<Start*>(argument));
@@ -81,6 +105,7 @@ QIS_EXPORT i32 AaSysComEuCreateAndStart(TAaProEuId* eu, const char* name, void* 
 QIS_EXPORT TAaProEuId AaProEuCurrent(void) {
   if (t_eu == 0) {
     t_eu = Tasks::Own().AddEu();
+    GiveBackAtEnd(t_eu);
   }
   return t_eu;
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <thread>
@@ -86,6 +88,41 @@ TEST(Registration, AnAnswerToAProcessThatEndedIsNotGivenToTheNextOneOfItsNumber)
     ReceiveNumber(1000);
     return AaSysComCounterGet(EAaSysComCounter_Unexpected) == 1;
   }));
+}
+
+std::ptrdiff_t OpenDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
+
+TEST(Registration, AThreadThatThePlatformDidNotStartGivesItsTasksBackWhenItEnds) {
+  const Board board;
+  std::thread([] { EXPECT_NE(Serve(kClient), 0u); }).join();
+  EXPECT_NE(Serve(kClient), 0u);
+}
+
+TEST(Registration, AThreadThatThePlatformDidNotStartKeepsNoDescriptorAfterItsEnd) {
+  const Board board;
+  const auto registerOnce = [] { AaSysComUserDeregister(AaSysComUserRegister(0, AaProEuCurrent())); };
+  std::thread(registerOnce).join();
+  const std::ptrdiff_t before = OpenDescriptors();
+  for (int i = 0; i < 10; ++i) std::thread(registerOnce).join();
+  EXPECT_TRUE(Eventually([before] { return OpenDescriptors() <= before; })) << OpenDescriptors() << " of " << before;
+}
+
+TEST(Registration, AThreadMayUseItsTaskInTheLastOfItsDestructors) {
+  const Board board;
+  struct Client {
+    ~Client() {
+      SendNumber(AddressOf(kClient), 7, 0);
+      EXPECT_EQ(ReceiveNumber().id, 7u);
+    }
+  };
+  std::thread([] {
+    thread_local const Client client;
+    static_cast<void>(client);
+    EXPECT_NE(Serve(kClient), 0u);
+  }).join();
 }
 
 TEST(Registration, ThreadsThatComeAndGoEachGetTheirAnswers) {
