@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """defence_test.py COMPILER: defence.py finds what a program was built without; each defence is left out once."""
 
+import json
 import subprocess
 import sys
 import tempfile
@@ -76,9 +77,51 @@ class Defence(unittest.TestCase):
             self.skipTest("this processor has no marks")
         self.expect_missing("landings", self.protection.partition("=")[0] + "=none")
 
+    def test_object_without_marks_is_found_where_the_start_files_have_them(self):
+        if self.protection != PROTECTIONS["x86_64"]:
+            self.skipTest("this processor has no marks, or no start files like these")
+        plain = self.source.with_name("plain.o")
+        start = 'asm(".pushsection .init,\\"ax\\"; endbr64; ret; .popsection");'
+        self.source.write_text(SOURCE + start)
+        self.assertEqual(self.missing("-nostartfiles", "-Wl,-e,main"), [])
+        plain_source = self.source.with_name("plain.cpp")
+        plain_source.write_text("int Plain() { return 1; }")
+        subprocess.run([compiler, "-c", "-fPIE", "-fcf-protection=none", plain_source, "-o", plain], check=True)
+        self.expect_missing("landings", "-nostartfiles", "-Wl,-e,main", plain)
+
     def test_unchecked_buffers_are_found_where_an_optimizer_checks_them(self):
         self.expect_missing("_FORTIFY_SOURCE", "-U_FORTIFY_SOURCE")
         self.assertEqual(self.missing("-U_FORTIFY_SOURCE", optimized=False), [])
+
+
+class Commands(unittest.TestCase):
+    MACHINE = "Advanced Micro Devices X86-64"
+    OPTIONS = "c++ -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fcf-protection=full "
+
+    def found(self, command, optimized=True):
+        return defence.missing_of_commands([{"file": "a.cpp", "command": command}], self.MACHINE, optimized)
+
+    def test_source_with_all_of_them_lacks_nothing(self):
+        self.assertEqual(self.found(self.OPTIONS), [])
+
+    def test_sizes_that_are_checked_at_a_lower_level_or_not_at_all_are_found(self):
+        for option in ("-D_FORTIFY_SOURCE=2", "-D_FORTIFY_SOURCE", "-U_FORTIFY_SOURCE"):
+            self.assertEqual(self.found(self.OPTIONS + option), ["a.cpp: without -D_FORTIFY_SOURCE=3"], option)
+        self.assertEqual(self.found("c++ -fcf-protection=full"), ["a.cpp: without -D_FORTIFY_SOURCE=3"])
+
+    def test_sizes_need_an_optimizer(self):
+        self.assertEqual(self.found("c++ -fcf-protection=full", optimized=False), [])
+
+    def test_source_without_marks_is_found(self):
+        for option in ("-fcf-protection=none", "-fcf-protection=return"):
+            self.assertEqual(self.found(self.OPTIONS + option), ["a.cpp: without -fcf-protection=full"], option)
+
+    def test_each_source_is_looked_at(self):
+        commands = [{"file": "a.cpp", "command": self.OPTIONS}, {"file": "b.cpp", "arguments": ["c++"]}]
+        self.assertEqual(len(defence.missing_of_commands(commands, self.MACHINE, True)), 2)
+
+    def test_processor_without_marks_needs_none(self):
+        self.assertEqual(defence.missing_of_commands([{"file": "a.cpp", "command": "c++"}], "ARM", False), [])
 
 
 class CommandLine(unittest.TestCase):
@@ -93,6 +136,16 @@ class CommandLine(unittest.TestCase):
             result = self.run_defence("--optimized", program)
         self.assertEqual(result.returncode, 1)
         self.assertIn(f"{program}: without a position-independent program", result.stdout)
+
+    def test_command_that_lacks_something_is_a_failure(self):
+        with tempfile.TemporaryDirectory() as folder:
+            source, program, commands = (Path(folder) / name for name in ("program.cpp", "program", "commands.json"))
+            source.write_text("int main() {}\n")
+            subprocess.run([compiler, source, "-o", program], check=True)
+            commands.write_text(json.dumps([{"file": "a.cpp", "command": "c++ -D_FORTIFY_SOURCE=2"}]))
+            result = self.run_defence("--optimized", f"--commands={commands}", program)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("a.cpp: without -D_FORTIFY_SOURCE=3", result.stdout)
 
     def test_nothing_to_look_at_is_a_failure(self):
         self.assertEqual(self.run_defence("--optimized").returncode, 1)
