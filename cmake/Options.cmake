@@ -7,6 +7,11 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # 64-bit time on every 32-bit target, be it built there or from elsewhere: times beyond 2038 work.
+  add_compile_definitions(_TIME_BITS=64 _FILE_OFFSET_BITS=64)
+endif()
+
 # Sanitizers of the whole build, as -fsanitize= takes them; empty for none.
 set(CLM_SANITIZE "" CACHE STRING "sanitizers, e.g. address,undefined")
 # Counters of the service's lines and branches, for ./dev coverage; with clang, which counts the branches of the sources

@@ -5,7 +5,5 @@ set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 # Tests run under user-mode emulation.
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
-# 64-bit time on a 32-bit target: times beyond 2038 work.
-add_compile_definitions(_TIME_BITS=64 _FILE_OFFSET_BITS=64)
 # The parameter passing of GCC changed once, long ago; nothing here mixes the two.
 add_compile_options(-Wno-psabi)

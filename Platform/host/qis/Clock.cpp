@@ -12,6 +12,8 @@
 namespace hwapi::qis {
 namespace {
 
+static_assert(sizeof(time_t) == 8 && sizeof(off_t) == 8, "built with _TIME_BITS=64: times beyond 2038 work");
+
 std::int64_t ReadUs(clockid_t clock) {
   timespec now{};
   ::clock_gettime(clock, &now);
