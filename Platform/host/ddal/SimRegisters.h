@@ -60,7 +60,7 @@ static_assert(std::is_standard_layout_v<SimRegisters> && sizeof(SimRegisters) ==
 /// it, too.
 template <typename Part>
 struct Place {
-  u32 offset;  ///< bytes from the begin
+  u32 offset;  ///< bytes from the beginning
 
   /// @return the place of a member
   template <typename Owner, typename Member>
