@@ -86,7 +86,7 @@ TEST(ClockFile, CutOffOverAndOverStopsNobody) {
 TEST(ClockFile, WithOtherContentIsPutRight) {
   const Board board;
   ASSERT_EQ(AaUtcTimeSet(&kSet), 0);
-  const auto size = std::filesystem::file_size(PathOfClock(board));
+  const auto size = static_cast<std::size_t>(std::filesystem::file_size(PathOfClock(board)));
   std::ofstream(PathOfClock(board)) << std::string(200, 'x');
   EXPECT_EQ(YearNow(), kSet.year);
   std::ifstream file(PathOfClock(board));
