@@ -66,6 +66,7 @@ int Acceptor::Open() {
 
 void Acceptor::Close() {
   const std::lock_guard lock(m_mutex);
+  m_closed = true;
   EventLoop::Own().Forget(m_listenerKey, m_listener);
   m_listenerKey = 0;
   while (!m_connections.empty()) {
@@ -116,7 +117,9 @@ void Acceptor::Admit(Fd socket, Peer peer) {
     return;
   }
   const std::lock_guard lock(m_mutex);
-  AdmitLocked(std::move(socket), std::move(peer));
+  if (!m_closed) {  // the task may have been given back since the connection was taken: it ends then
+    AdmitLocked(std::move(socket), std::move(peer));
+  }
 }
 
 void Acceptor::AdmitLocked(Fd socket, Peer peer) {

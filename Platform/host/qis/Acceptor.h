@@ -37,7 +37,7 @@ class Acceptor : public EventHandler, public std::enable_shared_from_this<Accept
   /// Lets senders in from here on.
   /// @return 0, else an errno value
   int Open();
-  /// The task is given back: ends every connection. No message is passed on or taken afterwards.
+  /// The task is given back: ends every connection. No message is passed on or taken afterwards, and nobody let in.
   void Close();
 
   /// Lets in a sender that is connected; Open does so for those that connect.
@@ -66,6 +66,7 @@ class Acceptor : public EventHandler, public std::enable_shared_from_this<Accept
 
   std::mutex m_mutex;
   int m_listener;
+  bool m_closed = false;
   std::uint64_t m_listenerKey = 0;
   std::shared_ptr<Inbox> m_inbox;
   const TAaSysComSicad m_task;

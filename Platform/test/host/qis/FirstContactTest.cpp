@@ -286,5 +286,12 @@ TEST_F(FirstContact, NothingIsReceivedOnceTheTaskIsGivenBack) {
   EXPECT_EQ(AaSysComCounterGet(EAaSysComCounter_Unexpected), 1u);
 }
 
+TEST_F(FirstContact, NobodyIsLetInOnceTheTaskIsGivenBack) {
+  m_acceptor->Close();
+  Admit(::geteuid());
+  qis::Acknowledgement acknowledged{};
+  EXPECT_EQ(::recv(m_sender.Get(), &acknowledged, sizeof acknowledged, MSG_DONTWAIT), 0) << "it is not connected";
+}
+
 }  // namespace
 }  // namespace hwapi::test
