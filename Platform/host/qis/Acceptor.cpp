@@ -15,6 +15,8 @@ namespace hwapi::qis {
 namespace {
 
 constexpr int kMessagesPerWake = 64;
+/// Letting in costs more than knocking: who knocks all the time must not keep the thread from everybody else.
+constexpr int kSendersPerWake = 16;
 constexpr std::size_t kBufferSize = kMaxWireSize + 1;
 /// Messages of a sender that may not send, after which it is not listened to any more: its own room fills up then.
 constexpr u32 kMaxRefusedMessages = 1000;
@@ -82,7 +84,7 @@ void Acceptor::OnReady(std::uint64_t key) {
   std::unique_lock lock(m_mutex);
   if (key == m_listenerKey) {
     lock.unlock();
-    AcceptAll();
+    AcceptSome();
     return;
   }
   const auto found = m_connections.find(key);
@@ -91,8 +93,10 @@ void Acceptor::OnReady(std::uint64_t key) {
   }
 }
 
-void Acceptor::AcceptAll() {
-  for (bool more = true; more;) {
+/// Those that wait, up to a bound: for the others it is called again.
+void Acceptor::AcceptSome() {
+  bool more = true;
+  for (int i = 0; i < kSendersPerWake && more; ++i) {
     if (Fd socket = Accept(more)) {
       Peer peer = PeerOf(socket.Get());
       Admit(std::move(socket), std::move(peer));

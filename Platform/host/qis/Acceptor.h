@@ -56,7 +56,7 @@ class Acceptor : public EventHandler, public std::enable_shared_from_this<Accept
     Acknowledgement acknowledged{};
   };
 
-  void AcceptAll();
+  void AcceptSome();
   Fd Accept(bool& more);
   void AdmitLocked(Fd socket, Peer peer);
   bool Serve(std::uint64_t key, Connection& connection);

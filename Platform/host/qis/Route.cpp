@@ -9,9 +9,16 @@
 namespace hwapi::qis {
 namespace {
 
+/// Acknowledgements that are taken before the thread for connections serves others, and a waiting Send has its turn.
+constexpr int kAcknowledgementsPerWake = 64;
+/// Acknowledgements of nothing new on one connection: that of being let in, and a few that came to nothing. Who sends
+/// more is no process of the platform and could keep the thread busy for ever.
+constexpr unsigned kMaxRepeated = 16;
+
 constexpr const char* kQueueFull = "its queue is full, it does not read";
 constexpr const char* kNobody = "no process serves it";
 constexpr const char* kGone = "its process ended or gave the task back before it read them";
+constexpr const char* kIncredible = "it acknowledges what it was not sent";
 constexpr const char* kRefused = "it refuses this user; access.send of the board description names who may send";
 
 }  // namespace
@@ -51,7 +58,7 @@ void Route::Send(const Message& message) {
       m_losses.Lost(EAaSysComCounter_QueueFull, 1, kQueueFull);
       return;
     }
-    ReceiverGone();
+    ReceiverGone(kGone);
   }
   const bool nobody = error == ENOENT || error == ECONNREFUSED || error == EPIPE;
   m_losses.Lost(EAaSysComCounter_NoReceiver, 1, nobody ? kNobody : std::strerror(error));
@@ -91,6 +98,7 @@ void Route::Disconnect() {
   m_direct = false;
   m_sent = 0;
   m_acknowledged = {};
+  m_repeated = 0;
 }
 
 void Route::OnReady(std::uint64_t key) {
@@ -98,7 +106,7 @@ void Route::OnReady(std::uint64_t key) {
   if (key != m_key) {
     return;
   }
-  while (TakeAcknowledgement()) {
+  for (int i = 0; i < kAcknowledgementsPerWake && TakeAcknowledgement(); ++i) {
   }
 }
 
@@ -114,7 +122,11 @@ bool Route::TakeAcknowledgement() {
     return true;  // it ended with messages unread; the acknowledgements of the others are still there
   }
   if (size != sizeof acknowledged) {
-    ReceiverGone();
+    ReceiverGone(kGone);
+    return false;
+  }
+  if (!IsCredible(acknowledged)) {
+    ReceiverGone(kIncredible);
     return false;
   }
   if (channel) {
@@ -124,6 +136,15 @@ bool Route::TakeAcknowledgement() {
   return true;
 }
 
+/// @return whether a receiver of what was sent may say so: how often it can is bounded by what it is sent
+bool Route::IsCredible(const Acknowledgement& acknowledged) const {
+  const u32 handled = acknowledged.handled - m_acknowledged.handled;
+  const u32 full = acknowledged.full - m_acknowledged.full;
+  const u32 refused = acknowledged.refused - m_acknowledged.refused;
+  return handled <= m_sent - m_acknowledged.handled && full <= handled && refused <= handled - full &&
+         (handled != 0 || m_repeated < kMaxRepeated);
+}
+
 void Route::Apply(const Acknowledgement& acknowledged) {
   if (const u32 full = acknowledged.full - m_acknowledged.full; full != 0) {
     m_losses.Lost(EAaSysComCounter_QueueFull, full, kQueueFull);
@@ -131,14 +152,16 @@ void Route::Apply(const Acknowledgement& acknowledged) {
     m_losses.Lost(EAaSysComCounter_NoReceiver, acknowledged.refused - m_acknowledged.refused, kRefused);
   } else if (acknowledged.handled != m_acknowledged.handled) {
     m_losses.Delivered();
+  } else {
+    ++m_repeated;
   }
   m_acknowledged = acknowledged;
   m_direct = m_channel && m_acknowledged.handled == m_sent;
 }
 
-void Route::ReceiverGone() {
+void Route::ReceiverGone(const char* reason) {
   if (const u32 unread = m_sent - m_acknowledged.handled; unread != 0) {
-    m_losses.Lost(EAaSysComCounter_NoReceiver, unread, kGone);
+    m_losses.Lost(EAaSysComCounter_NoReceiver, unread, reason);
   }
   Disconnect();
 }

@@ -32,8 +32,9 @@ class Route : public EventHandler, public std::enable_shared_from_this<Route> {
   void Disconnect();
   int TrySend(const Message& message);
   bool TakeAcknowledgement();
+  bool IsCredible(const Acknowledgement& acknowledged) const;
   void Apply(const Acknowledgement& acknowledged);
-  void ReceiverGone();
+  void ReceiverGone(const char* reason);
 
   std::mutex m_mutex;
   LossLog m_losses;
@@ -44,6 +45,7 @@ class Route : public EventHandler, public std::enable_shared_from_this<Route> {
   bool m_direct = false;             ///< whether m_channel is used
   u32 m_sent = 0;                    ///< messages sent over m_connection
   Acknowledgement m_acknowledged{};  ///< the latest one
+  unsigned m_repeated = 0;           ///< acknowledgements of nothing new
 };
 
 }  // namespace hwapi::qis

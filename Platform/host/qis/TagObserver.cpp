@@ -114,21 +114,24 @@ int TagObservers::Add(const std::string& name, TAaConfigTagObserver callback, st
   return error;
 }
 
+/// One buffer at a time, and read without the lock: somebody who sets tags all the time keeps neither the thread for
+/// connections nor a registration waiting.
 void TagObservers::OnReady(std::uint64_t) {
   constexpr std::size_t kBufferSize = 4096;
   alignas(inotify_event) std::array<char, kBufferSize> buffer;
+  const ssize_t size = ::read(Inotify(), buffer.data(), buffer.size());
   const std::lock_guard lock(m_mutex);
-  for (;;) {
-    const ssize_t size = ::read(m_inotify.Get(), buffer.data(), buffer.size());
-    if (size <= 0) {
-      return;
-    }
-    for (std::size_t offset = 0; offset < static_cast<std::size_t>(size);) {
-      const auto* const event = reinterpret_cast<const inotify_event*>(buffer.data() + offset);
-      WakeNamed(event->len != 0 ? event->name : nullptr);
-      offset += sizeof(inotify_event) + event->len;
-    }
+  for (ssize_t offset = 0; offset < size;) {
+    const auto* const event = reinterpret_cast<const inotify_event*>(buffer.data() + offset);
+    WakeNamed(event->len != 0 ? event->name : nullptr);
+    offset += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
   }
+}
+
+/// @return the descriptor, which stays open once it is there
+int TagObservers::Inotify() {
+  const std::lock_guard lock(m_mutex);
+  return m_inotify.Get();
 }
 
 /// @param name null: all of them, as events were lost

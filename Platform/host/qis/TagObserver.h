@@ -53,6 +53,7 @@ class TagObservers : public EventHandler {
 
  private:
   int Watch();
+  int Inotify();
   void WakeNamed(const char* name);
 
   std::mutex m_mutex;
