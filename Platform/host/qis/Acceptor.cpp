@@ -21,10 +21,14 @@ constexpr std::size_t kBufferSize = kMaxWireSize + 1;
 /// Messages of a sender that may not send, after which it is not listened to any more: its own room fills up then.
 constexpr u32 kMaxRefusedMessages = 1000;
 
-/// Receive buffer of the platform's thread, from malloc so that pages no message reaches stay untouched.
+struct FreeBuffer {
+  void operator()(u8* buffer) const { std::free(buffer); }
+};
+
+/// Receive buffer of the calling thread, from malloc so that pages no message reaches stay untouched.
 u8* Buffer() {
-  static auto* const buffer = static_cast<u8*>(std::malloc(kBufferSize));
-  return buffer;
+  thread_local const std::unique_ptr<u8, FreeBuffer> buffer(static_cast<u8*>(std::malloc(kBufferSize)));
+  return buffer.get();
 }
 
 int OpenSpare() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
@@ -155,6 +159,7 @@ void Acceptor::AdmitLocked(Fd socket, Peer peer) {
 void Acceptor::End(std::uint64_t key) {
   const std::lock_guard lock(m_mutex);
   if (const auto found = m_connections.find(key); found != m_connections.end()) {
+    TakeLast(found->second);
     EndLocked(found);
   }
 }
@@ -170,18 +175,7 @@ void Acceptor::EndLocked(std::map<std::uint64_t, Connection>::iterator connectio
 
 /// @return false when the sender is gone and all it sent is handled
 bool Acceptor::Serve(std::uint64_t key, Connection& connection) {
-  bool alive = true;
-  for (int i = 0; i < kMessagesPerWake; ++i) {
-    const ssize_t size = ::recv(connection.socket.Get(), Buffer(), kBufferSize, MSG_DONTWAIT);
-    if (size < 0 && errno == ECONNRESET) {
-      continue;  // it ended without reading its acknowledgements; what it sent is still there
-    }
-    if (size <= 0) {
-      alive = size < 0 && (errno == EAGAIN || errno == EINTR);
-      break;
-    }
-    HandleMessage(connection, Buffer(), static_cast<std::size_t>(size));
-  }
+  const bool alive = TakeSome(connection);
   if (alive) {
     Acknowledge(connection);
   }
@@ -189,6 +183,30 @@ bool Acceptor::Serve(std::uint64_t key, Connection& connection) {
     EventLoop::Own().Forget(key, connection.socket.Get());
   }
   return alive;
+}
+
+/// @return false when nothing more comes
+bool Acceptor::TakeSome(Connection& connection) {
+  for (int i = 0; i < kMessagesPerWake; ++i) {
+    const ssize_t size = ::recv(connection.socket.Get(), Buffer(), kBufferSize, MSG_DONTWAIT);
+    if (size < 0 && errno == ECONNRESET) {
+      continue;  // it ended without reading its acknowledgements; what it sent is still there
+    }
+    if (size <= 0) {
+      return size < 0 && (errno == EAGAIN || errno == EINTR);
+    }
+    HandleMessage(connection, Buffer(), static_cast<std::size_t>(size));
+  }
+  return true;
+}
+
+/// Takes all that was sent: a connection that ends may be so new that nothing was taken yet. The sender sends nothing
+/// more over it, but connects again.
+void Acceptor::TakeLast(Connection& connection) {
+  ::shutdown(connection.socket.Get(), SHUT_RD);
+  while (TakeSome(connection)) {
+  }
+  Acknowledge(connection);
 }
 
 void Acceptor::HandleMessage(Connection& connection, const u8* bytes, std::size_t size) {

@@ -42,7 +42,7 @@ class Acceptor : public EventHandler, public std::enable_shared_from_this<Accept
 
   /// Lets in a sender that is connected; Open does so for those that connect.
   void Admit(Fd socket, Peer peer);
-  /// Ends a connection, so that another sender has room. What was sent over it is still received.
+  /// Ends a connection, so that another sender has room. What was sent over it is still received, and acknowledged.
   void End(std::uint64_t key);
 
   void OnReady(std::uint64_t key) override;
@@ -60,6 +60,8 @@ class Acceptor : public EventHandler, public std::enable_shared_from_this<Accept
   Fd Accept(bool& more);
   void AdmitLocked(Fd socket, Peer peer);
   bool Serve(std::uint64_t key, Connection& connection);
+  bool TakeSome(Connection& connection);
+  void TakeLast(Connection& connection);
   void HandleMessage(Connection& connection, const u8* bytes, std::size_t size);
   void Acknowledge(Connection& connection);
   void EndLocked(std::map<std::uint64_t, Connection>::iterator connection);

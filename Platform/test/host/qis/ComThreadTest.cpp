@@ -1,7 +1,7 @@
 // The thread for connections: however much one peer sends, the others have their turn.
 #include "AaConfig.h"
 #include "Acceptor.h"
-#include "EventLoop.h"
+#include "LoopTask.h"
 #include "Route.h"
 #include "Support.h"
 #include "TaskName.h"
@@ -9,14 +9,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <linux/sockios.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -28,44 +26,22 @@ namespace hwapi::test {
 namespace {
 
 using qis::Acknowledgement;
-using qis::EventLoop;
 using qis::Fd;
-
-/// Something that is ready at once, and runs a function on the thread for connections.
-class Task : public qis::EventHandler {
- public:
-  explicit Task(std::function<void()> function) : m_function(std::move(function)) {}
-  static std::shared_ptr<Task> Start(std::function<void()> function) {
-    auto task = std::make_shared<Task>(std::move(function));
-    task->m_key = EventLoop::Own().Watch(task->m_ready.Get(), task);
-    EXPECT_NE(task->m_key, 0u);
-    return task;
-  }
-  void OnReady(std::uint64_t key) override {
-    EventLoop::Own().Forget(key, m_ready.Get());
-    m_function();
-    m_done.release();
-  }
-  bool AwaitEnd() { return m_done.try_acquire_for(std::chrono::seconds(20)); }
-
- private:
-  const Fd m_ready{::eventfd(1, EFD_CLOEXEC)};
-  const std::function<void()> m_function;
-  std::uint64_t m_key = 0;
-  std::binary_semaphore m_done{0};
-};
 
 /// Holds the thread until all that a test prepares is ready to be served.
 class ComThread : public ::testing::Test {
  protected:
   void SetUp() override { m_held.acquire(); }
-  void TearDown() override { m_go.release(); }
+  void TearDown() override {
+    m_go.release();
+    EXPECT_TRUE(m_holder->AwaitEnd());
+  }
 
   /// Lets the thread serve everything that is ready once.
   /// @return what @p look, which comes last, says after that
   int AfterOneWake(const std::function<int()>& look) {
     int result = -1;
-    const auto last = Task::Start([&] { result = look(); });
+    const auto last = LoopTask::Start([&] { result = look(); });
     m_go.release();
     EXPECT_TRUE(last->AwaitEnd());
     return result;
@@ -76,7 +52,7 @@ class ComThread : public ::testing::Test {
  private:
   std::binary_semaphore m_held{0};
   std::counting_semaphore<2> m_go{0};
-  const std::shared_ptr<Task> m_holder = Task::Start([this] {
+  const std::shared_ptr<LoopTask> m_holder = LoopTask::Start([this] {
     m_held.release();
     m_go.acquire();
   });

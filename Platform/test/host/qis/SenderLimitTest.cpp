@@ -1,6 +1,7 @@
 // How many senders are connected, and who goes for whom.
 #include "Acceptor.h"
 #include "ConnectionBounds.h"
+#include "LoopTask.h"
 #include "SenderLimit.h"
 #include "Support.h"
 
@@ -9,6 +10,7 @@
 #include <sys/socket.h>
 
 #include <memory>
+#include <semaphore>
 #include <utility>
 #include <vector>
 
@@ -50,11 +52,29 @@ class SenderLimitTest : public ::testing::Test {
   void TearDown() override { m_acceptor->Close(); }
 
   /// @return the new sender's end of its connection
-  Fd Connect(uid_t user) {
+  Fd Connect(uid_t user, int messages = 0) {
+    constexpr qis::WireHeader kMessage{.order = qis::kHostOrderMark,
+                                       .id = 5,
+                                       .sender = 0,
+                                       .receiver = 0,
+                                       .size = 0,
+                                       .stamp = 0,
+                                       .senderStamp = 0,
+                                       .foreign = 0};
     int ends[2];
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
+    for (int i = 0; i < messages; ++i) {
+      EXPECT_EQ(::send(ends[0], &kMessage, sizeof kMessage, 0), ssize_t{sizeof kMessage});
+    }
     m_acceptor->Admit(Fd(ends[1]), {.pid = 1, .uid = user, .groups = {}});
     return Fd(ends[0]);
+  }
+  /// @return messages that were acknowledged over the connection
+  static u32 AcknowledgedOf(const Fd& sender) {
+    qis::Acknowledgement acknowledged{};
+    while (::recv(sender.Get(), &acknowledged, sizeof acknowledged, MSG_DONTWAIT) > 0) {
+    }
+    return acknowledged.handled;
   }
   /// @return whether the receiver has ended the connection
   static bool IsEnded(const Fd& sender) {
@@ -101,6 +121,29 @@ TEST_F(SenderLimitTest, ManyMoreThanThereIsRoomForLeaveDescriptorsFree) {
     while (m_inbox->Receive(0, nullptr)) {
     }
   }
+}
+
+/// Nothing is served before its message is sent and others have come: the thread for connections would be late.
+TEST_F(SenderLimitTest, WhatOneSentThatGoesForAnotherIsReceivedAndAcknowledged) {
+  constexpr std::size_t kTooMany = 5;
+  std::binary_semaphore isHeld(0);
+  std::binary_semaphore go(0);
+  const auto holder = LoopTask::Start([&] {
+    isHeld.release();
+    go.acquire();
+  });
+  isHeld.acquire();
+  std::vector<Fd> senders;
+  for (std::size_t i = 0; i < qis::OwnBounds().perUser + kTooMany; ++i) senders.push_back(Connect(::geteuid(), 2));
+  EXPECT_EQ(AcknowledgedOf(senders.front()), 2u);
+  EXPECT_TRUE(IsEnded(senders.front()));
+  go.release();
+  EXPECT_TRUE(holder->AwaitEnd());
+  std::size_t received = 0;
+  EXPECT_TRUE(Eventually([&] {
+    while (m_inbox->Receive(0, nullptr)) ++received;
+    return received == 2 * senders.size();
+  })) << received;
 }
 
 }  // namespace
