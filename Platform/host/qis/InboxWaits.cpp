@@ -151,6 +151,7 @@ std::shared_ptr<Channel> Inbox::Shared(const Channel& channel) {
 
 /// Ends a channel that nothing comes from any more.
 void Inbox::Drop(Channel& channel) {
+  const std::shared_ptr<Channel> own = Shared(channel);  // waiting for all again may drop it, too
   WaitForAllAgain();
   channel.Close();
   ::epoll_ctl(m_epoll.Get(), EPOLL_CTL_DEL, channel.Receiver(), nullptr);

@@ -5,11 +5,15 @@
 #include "Support.h"
 
 #include <gtest/gtest.h>
+#include <sys/epoll.h>
 
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -258,6 +262,35 @@ TEST_F(InboxTest, WaitsForAllAgainWhenTheOneSenderIsGone) {
     alone->Close();
     EXPECT_EQ(Send(*other, 2), 0);
   });
+  EXPECT_EQ(Receive(), 2u);
+}
+
+/// @return the process's only epoll descriptor: the inbox's, as long as the thread for connections does not run
+int Epoll() {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    if (std::filesystem::read_symlink(entry, gone) == "anon_inode:[eventpoll]") {
+      return std::stoi(entry.path().filename());
+    }
+  }
+  return -1;
+}
+
+/// That its channel is not used any more is for the sanitizer to see.
+TEST_F(InboxTest, TheOneSenderIsGoneAndCannotBeWaitedForWithAllOthers) {
+  const int epoll = Epoll();
+  auto sender = NewSender();
+  LetBeAlone(*sender);
+  // Once more it cannot be added. This one reports nothing, as the sending end stays open.
+  epoll_event event{.events = 0, .data = {.ptr = sender.get()}};
+  ASSERT_EQ(::epoll_ctl(epoll, EPOLL_CTL_ADD, sender->Receiver(), &event), 0) << "it is not waited for alone";
+  qis::Fd sendingEnd;
+  sender->PassSender([&](int fd) { return bool(sendingEnd = qis::Fd(::dup(fd))); });
+  sender->Close();
+  const std::weak_ptr<Channel> channel = std::exchange(sender, nullptr);
+  EXPECT_EQ(Receive(1'000'000), 0u);
+  EXPECT_TRUE(channel.expired());
+  EXPECT_EQ(Send(*NewSender(), 2), 0);
   EXPECT_EQ(Receive(), 2u);
 }
 
