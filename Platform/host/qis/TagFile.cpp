@@ -33,6 +33,15 @@ const RunFolder& NewFolder() {
   return *folder;
 }
 
+/// @return whether a log can have this state: what is within bounds does not overflow either
+bool IsPossible(TagState state, int file) {
+  constexpr u32 kFirst = TagState{}.end;
+  struct stat status {};
+  return state.end >= kFirst && state.end <= kMaxTagLog && ::fstat(file, &status) == 0 &&
+         off_t{state.end} <= status.st_size &&
+         (state.newest == 0 || (state.newest >= kFirst && state.newest < state.end));
+}
+
 int ErrnoOr(int fallback) { return errno != 0 ? errno : fallback; }
 
 /// Appends behind the end, then moves the end: a set counts wholly or not at all.
@@ -101,7 +110,8 @@ TagState ReadTagState(int file) {
       return {};  // not set yet
     }
     if (stored[0] == ~stored[1]) {
-      return {.end = static_cast<u32>(stored[0]), .newest = static_cast<u32>(stored[0] >> 32)};
+      const TagState state{.end = static_cast<u32>(stored[0]), .newest = static_cast<u32>(stored[0] >> 32)};
+      return IsPossible(state, file) ? state : TagState{};
     }
   }
   return {};
@@ -131,10 +141,13 @@ int AppendToTag(const std::string& name, const std::string& value, bool (*mayNot
   const TagState state = ReadTagState(file.Get());
   const auto newest = state.newest != 0 ? ReadTagRecord(file.Get(), state.newest) : std::nullopt;
   const TagRecord record{.sequence = newest ? newest->sequence + 1 : 1, .value = value};
-  if (state.end >= kLongTagLog && !IsPreviousRead(file.Get(), name) && Replace(name, record) == 0) {
-    return 0;
+  const bool isFull = state.end + record.LogSize() > kMaxTagLog;
+  if (isFull || (state.end >= kLongTagLog && !IsPreviousRead(file.Get(), name))) {
+    if (Replace(name, record) == 0) {
+      return 0;
+    }
   }
-  return Append(file.Get(), state, record);
+  return isFull ? EFBIG : Append(file.Get(), state, record);
 }
 
 std::optional<TagRecord> NewestOfTag(const std::string& name) {

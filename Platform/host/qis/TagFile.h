@@ -9,8 +9,10 @@
 ///
 /// A log that grew long is replaced by a fresh one, and the old one moves to the folder "tags.old" for readers that are
 /// not at its end yet. A reader holds a shared record lock on the file it reads. As long as somebody does so for the
-/// file in "tags.old", the present one is not replaced but grows: no reader ever misses a value. It also grows when it
-/// cannot be replaced.
+/// file in "tags.old", the present one is not replaced but grows, up to kMaxTagLog: no reader that goes on misses a
+/// value. It also grows when it cannot be replaced.
+///
+/// Whoever may set tags may write anything into these files. A state that no log can have is that of an empty log.
 #pragma once
 
 #include "AaConfig.h"
@@ -25,6 +27,9 @@ namespace hwapi::qis {
 
 /// A log that reaches this size is replaced at the next set.
 inline constexpr u32 kLongTagLog = 64 * 1024;
+/// No log is longer. One that would be is replaced although somebody still reads the one before: a reader that is so
+/// far behind has stopped, and misses values.
+inline constexpr u32 kMaxTagLog = 16 * 1024 * 1024;
 
 /// The folder of the tags.
 const RunFolder& TagFolder();
@@ -44,14 +49,15 @@ struct TagRecord {
   u32 LogSize() const { return static_cast<u32>(2 * sizeof(u32) + value.size()); }
 };
 
-/// @return the state; that of an empty log when there is none
+/// @return the state, within the file and kMaxTagLog; that of an empty log when there is none such
 TagState ReadTagState(int file);
 /// @return the record there; none when that is no record
 std::optional<TagRecord> ReadTagRecord(int file, u32 offset);
 
 /// Sets a tag.
 /// @param mayNot asked while nobody else can set the tag: whether it is left as it is
-/// @return 0, also when it was left as it is, else an errno value (ETIMEDOUT: somebody keeps it locked)
+/// @return 0, also when it was left as it is, else an errno value (ETIMEDOUT: somebody keeps it locked; EFBIG: the log
+/// is as long as it may be and cannot be replaced)
 int AppendToTag(const std::string& name, const std::string& value, bool (*mayNot)(const std::string& name));
 /// @return newest record of a tag; none when it was never set
 std::optional<TagRecord> NewestOfTag(const std::string& name);

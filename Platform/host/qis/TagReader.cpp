@@ -2,6 +2,7 @@
 
 #include "LockedFile.h"
 #include "SharedFile.h"
+#include "ThreadWatch.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,6 +18,7 @@ TagReader::TagReader(std::string name) : m_name(std::move(name)) {
   if (m_newest) {
     m_offset = state.newest + m_newest->LogSize();
     m_nextSequence = m_newest->sequence + 1;
+    m_logSequence = m_nextSequence;
   }
 }
 
@@ -33,6 +35,7 @@ bool TagReader::Open() {
     if (HasName(TagFolder().Get(), m_name.c_str(), file.Get())) {
       m_file = std::move(file);
       m_offset = TagState{}.end;
+      m_logSequence = 1;
       return true;
     }
   }
@@ -52,6 +55,7 @@ std::optional<std::string> TagReader::Next() {
     return std::nullopt;
   }
   for (;;) {
+    Rest::Skip();  // each record is a step: a log may have as many as it likes
     const TagState state = ReadTagState(m_file.Get());
     if (m_offset >= state.end) {
       if (!FollowReplacement()) {
@@ -60,11 +64,13 @@ std::optional<std::string> TagReader::Next() {
       continue;
     }
     std::optional<TagRecord> record = ReadTagRecord(m_file.Get(), m_offset);
-    if (!record) {
+    if (!record || record->sequence < m_logSequence) {
       m_offset = state.end;  // not ours: whoever wrote it is no platform process
+      m_logSequence = 1;
       continue;
     }
     m_offset += record->LogSize();
+    m_logSequence = record->sequence + 1;
     if (record->sequence >= m_nextSequence) {
       m_nextSequence = record->sequence + 1;
       return std::move(record->value);

@@ -26,7 +26,8 @@ class TagReader {
   std::string m_name;
   Fd m_file;
   u32 m_offset = 0;
-  u32 m_nextSequence = 1;
+  u32 m_nextSequence = 1;  ///< of the value to be given next; those before were given
+  u32 m_logSequence = 1;   ///< least one of the log's next record
   std::optional<TagRecord> m_newest;
 };
 
