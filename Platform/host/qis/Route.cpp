@@ -18,6 +18,7 @@ constexpr unsigned kMaxRepeated = 16;
 constexpr const char* kQueueFull = "its queue is full, it does not read";
 constexpr const char* kNobody = "no process serves it";
 constexpr const char* kGone = "its process ended or gave the task back before it read them";
+constexpr const char* kGivenUp = "it does not acknowledge them, and others need its connection";
 constexpr const char* kIncredible = "it acknowledges what it was not sent";
 constexpr const char* kRefused = "it refuses this user; access.send of the board description names who may send";
 
@@ -36,6 +37,12 @@ bool Route::EndIfIdle() {
     Disconnect();
   }
   return !m_connection;
+}
+
+bool Route::GiveUp() {
+  const std::lock_guard lock(m_mutex);
+  ReceiverGone(kGivenUp);
+  return true;
 }
 
 void Route::Send(const Message& message) {

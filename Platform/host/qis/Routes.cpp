@@ -3,7 +3,6 @@
 #include "ConnectionBounds.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace hwapi::qis {
 
@@ -26,25 +25,33 @@ std::shared_ptr<Route> Routes::To(TAaSysComSicad receiver) {
       .first->second.route;
 }
 
-/// Drops a quarter at a time, so that a new route costs the same however many there are. One that is in use stays.
 void Routes::DropOldest() {
-  std::vector<std::pair<std::uint64_t, TAaSysComSicad>> byUse;
+  ByUse byUse;
   for (const auto& [receiver, kept] : m_routes) {
     byUse.emplace_back(kept.lastUse, receiver);
   }
   std::ranges::sort(byUse);
-  std::size_t left = byUse.size() / 4 + 1;
-  for (const auto& [lastUse, receiver] : byUse) {
-    const auto kept = m_routes.find(receiver);
+  if (!DropThoseThat(&Route::EndIfIdle, byUse)) {
+    DropThoseThat(&Route::GiveUp, byUse);
+  }
+}
+
+/// Drops a quarter at a time, so that a new route costs the same however many there are. One that is in use stays.
+/// @return whether any went
+bool Routes::DropThoseThat(bool (Route::*end)(), const ByUse& byUse) {
+  const std::size_t most = byUse.size() / 4 + 1;
+  std::size_t dropped = 0;
+  for (auto next = byUse.begin(); next != byUse.end() && dropped < most; ++next) {
+    const auto kept = m_routes.find(next->second);
+    Route& route = *kept->second.route;
     // The platform's thread for connections holds each route that is connected.
-    const long idleHolders = kept->second.route->IsConnected() ? 2 : 1;
-    if (kept->second.route.use_count() == idleHolders && kept->second.route->EndIfIdle()) {
+    const long idleHolders = route.IsConnected() ? 2 : 1;
+    if (kept->second.route.use_count() == idleHolders && (route.*end)()) {
       m_routes.erase(kept);
-      if (--left == 0) {
-        return;
-      }
+      ++dropped;
     }
   }
+  return dropped != 0;
 }
 
 }  // namespace hwapi::qis
