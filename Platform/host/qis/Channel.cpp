@@ -1,6 +1,7 @@
 #include "Channel.h"
 
 #include "ComLog.h"
+#include "PassedFd.h"
 
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -54,6 +55,7 @@ std::shared_ptr<Channel> Channel::Create(TAaSysComSicad task, u32 stamp, std::sh
   channel->m_receiver.Reset(ends[0]);
   channel->m_sender.Reset(ends[1]);
   channel->m_lastUsedMs = CoarseMs();
+  RefuseFds(ends[0]);  // where the kernel can: no message has one
   ::setsockopt(ends[1], SOL_SOCKET, SO_SNDBUF, &kRoomBytes, sizeof kRoomBytes);
   ::setsockopt(ends[0], SOL_SOCKET, SO_RCVTIMEO, &kEndlessSlice, sizeof kEndlessSlice);
   return channel;

@@ -1,6 +1,7 @@
 #include "NamedSocket.h"
 
 #include "LockedFile.h"
+#include "PassedFd.h"
 #include "SharedFile.h"
 
 #include <fcntl.h>
@@ -74,6 +75,7 @@ int NamedSocket::Listen() {
   if (!m_listener) {
     return errno;
   }
+  RefuseFds(m_listener.Get());  // where the kernel can: nobody who connects has one to pass
   // What a dead process left goes; a folder stays.
   if (::unlinkat(m_folder->Get(), m_name.c_str(), 0) != 0 && errno == EISDIR) {
     ReportIfNot(S_IFSOCK, m_folder->Get(), m_name.c_str());

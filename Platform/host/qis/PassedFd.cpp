@@ -8,6 +8,9 @@
 namespace hwapi::qis {
 namespace {
 
+/// SO_PASSRIGHTS, which the C library's headers may not have yet.
+constexpr int kSoPassRights = 83;
+
 /// Room for one descriptor. Received is only what fits the length, without the padding behind it: the kernel closes
 /// further descriptors of a peer that sends more.
 struct Control {
@@ -52,6 +55,11 @@ ssize_t ReceiveWithFd(int socket, void* packet, std::size_t size, Fd& fd) {
     fd.Reset(passed);
   }
   return received;
+}
+
+bool RefuseFds(int socket) {
+  constexpr int kRefuse = 0;
+  return ::setsockopt(socket, SOL_SOCKET, kSoPassRights, &kRefuse, sizeof kRefuse) == 0;
 }
 
 }  // namespace hwapi::qis

@@ -1,12 +1,15 @@
 // First contact of a sender: who may send, what is not a message, when the channel is passed.
 #include "Acceptor.h"
 #include "Access.h"
+#include "PassedFd.h"
 #include "Support.h"
+#include "TaskName.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -291,6 +294,28 @@ TEST_F(FirstContact, NobodyIsLetInOnceTheTaskIsGivenBack) {
   Admit(::geteuid());
   qis::Acknowledgement acknowledged{};
   EXPECT_EQ(::recv(m_sender.Get(), &acknowledged, sizeof acknowledged, MSG_DONTWAIT), 0) << "it is not connected";
+}
+
+/// @return whether the kernel lets a receiver refuse descriptors
+bool CanRefuseFds() {
+  const Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  return qis::RefuseFds(socket.Get());
+}
+
+TEST_F(FirstContact, TakesNoDescriptorFromASender) {
+  if (!CanRefuseFds()) GTEST_SKIP() << "the kernel cannot refuse them";
+  qis::TaskName name;
+  ASSERT_EQ(name.Claim(AddressOf(kServer)), 0);
+  const Fd sender = qis::ConnectToTask(AddressOf(kServer));
+  EXPECT_EQ(qis::SendWithFd(sender.Get(), &m_message, sizeof m_message, STDERR_FILENO), -1);
+  EXPECT_EQ(qis::SendWithFd(sender.Get(), &m_message, sizeof m_message, -1), ssize_t{sizeof m_message});
+}
+
+TEST_F(FirstContact, TakesNoDescriptorInAChannel) {
+  if (!CanRefuseFds()) GTEST_SKIP() << "the kernel cannot refuse them";
+  GetChannel();
+  EXPECT_EQ(qis::SendWithFd(m_passed.Get(), &m_message, sizeof m_message, STDERR_FILENO), -1);
+  EXPECT_EQ(qis::SendWithFd(m_passed.Get(), &m_message, sizeof m_message, -1), ssize_t{sizeof m_message});
 }
 
 }  // namespace
