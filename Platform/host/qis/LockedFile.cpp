@@ -13,11 +13,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <map>
 #include <memory>
+#include <mutex>
+#include <string>
 #include <thread>
 
 namespace hwapi::qis {
 namespace {
+
+using SteadyClock = std::chrono::steady_clock;
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -64,6 +69,53 @@ Fd OpenOrCreate(int folder, const char* name, mode_t mode) {
   }
 }
 
+/// The files, by path, whose locks were waited for in vain.
+class KeptLocks {
+ public:
+  static KeptLocks& Own() {
+    static auto* const locks = new KeptLocks;  // threads outlive the end of main
+    return *locks;
+  }
+  bool MayWaitFor(const std::string& path) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_pauseEnds.find(path);
+    return found == m_pauseEnds.end() || found->second <= SteadyClock::now();
+  }
+  void WaitedInVainFor(const std::string& path) {
+    constexpr std::size_t kMaxKnown = 64;
+    const std::lock_guard lock(m_mutex);
+    if (m_pauseEnds.size() >= kMaxKnown) {
+      m_pauseEnds.clear();
+    }
+    m_pauseEnds[path] = SteadyClock::now() + kLockPause;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::map<std::string, SteadyClock::time_point> m_pauseEnds;
+};
+
+/// @return 0; ETIMEDOUT: it was held all the time; EWOULDBLOCK: it was not waited for; or another errno value
+int WaitForLock(int fd, const std::string& path, SteadyClock::time_point end) {
+  constexpr std::chrono::microseconds kMaxPause{2000};
+  if (!KeptLocks::Own().MayWaitFor(path)) {
+    return EWOULDBLOCK;
+  }
+  std::chrono::microseconds pause{50};
+  for (;;) {
+    const int error = LockAtOnce(fd);
+    if (error != EWOULDBLOCK) {
+      return error;
+    }
+    if (SteadyClock::now() >= end) {
+      KeptLocks::Own().WaitedInVainFor(path);
+      return ETIMEDOUT;
+    }
+    std::this_thread::sleep_for(pause);
+    pause = std::min(2 * pause, kMaxPause);
+  }
+}
+
 }  // namespace
 
 int LockAtOnce(int fd) {
@@ -71,20 +123,11 @@ int LockAtOnce(int fd) {
 }
 
 int LockInTime(int fd) {
-  constexpr std::chrono::microseconds kMaxPause{2000};
-  const auto end = std::chrono::steady_clock::now() + kLockPatience;
-  std::chrono::microseconds pause{50};
-  for (;;) {
-    const int error = LockAtOnce(fd);
-    if (error != EWOULDBLOCK) {
-      return error;
-    }
-    if (std::chrono::steady_clock::now() >= end) {
-      return ETIMEDOUT;
-    }
-    std::this_thread::sleep_for(pause);
-    pause = std::min(2 * pause, kMaxPause);
+  int error = LockAtOnce(fd);
+  if (error == EWOULDBLOCK) {
+    error = WaitForLock(fd, PathIn(fd, ""), SteadyClock::now() + kLockPatience);
   }
+  return error == EWOULDBLOCK ? ETIMEDOUT : error;
 }
 
 void ReportKeptLock(int fd, const char* path) {
@@ -113,14 +156,20 @@ bool HasName(int folder, const char* name, int fd) {
 }
 
 Fd OpenLocked(int folder, const char* name, mode_t mode, LockWait wait) {
+  const auto end = SteadyClock::now() + kLockPatience;
   for (;;) {
     Fd file = OpenOrCreate(folder, name, mode);
     if (!file) {
       return file;
     }
-    const int error = wait == LockWait::Wait ? LockInTime(file.Get()) : LockAtOnce(file.Get());
-    if (error == ETIMEDOUT) {
-      ReportKeptLock(file.Get(), PathIn(folder, name).c_str());
+    int error = LockAtOnce(file.Get());
+    if (error == EWOULDBLOCK && wait == LockWait::Wait) {
+      const std::string path = PathIn(folder, name);
+      error = WaitForLock(file.Get(), path, end);
+      if (error == ETIMEDOUT) {
+        ReportKeptLock(file.Get(), path.c_str());
+      }
+      error = error == EWOULDBLOCK ? ETIMEDOUT : error;
     }
     if (error != 0) {
       file.Reset();

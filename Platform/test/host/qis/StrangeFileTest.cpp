@@ -2,6 +2,7 @@
 #include "AaConfig.h"
 #include "AaFile.h"
 #include "AaTrbl.h"
+#include "LockedFile.h"
 #include "Support.h"
 #include "TagFile.h"
 
@@ -13,9 +14,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 
 namespace hwapi::test {
 namespace {
@@ -123,29 +126,73 @@ TEST_F(StrangeFile, InThePlaceOfACollectionsLockOrSocketLeavesTheNextOne) {
   EXPECT_EQ(Reported("trbl/1.lock", "a FIFO, not a file"), 1u) << m_log.Text();
 }
 
-TEST(KeptLock, OfATagEndsInATimeOutAndIsReportedWithItsHolder) {
+/// A tag whose log a process that has stopped keeps locked.
+class KeptLock : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(m_locked.Await());
+    std::ifstream(m_board.Folder() + "/pid") >> m_holder;
+  }
+  unsigned Reports() const {
+    return Occurrences(m_log.Text(), m_path + " is kept locked by process " + std::to_string(m_holder) +
+                                         ": continue or end that process\n");
+  }
+  static i32 Set() { return AaConfigTagPublicSet("app.a", "2", 1); }
+
+  const Board m_board;
+  const std::string m_path = m_board.Run() + "/tags/app.a";
+  const Event m_locked;
+  Peer m_stopped{[this] {
+    EXPECT_EQ(AaConfigTagPublicSet("app.a", "1", 1), 0);
+    const int file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(::flock(file, LOCK_EX), 0);
+    std::ofstream(m_board.Folder() + "/pid") << ::getpid();
+    m_locked.Happened();
+    ::raise(SIGSTOP);
+  }};
+  pid_t m_holder = 0;
+  const ErrorOutput m_log;
+};
+
+TEST_F(KeptLock, OfATagEndsInATimeOutAndIsReportedWithItsHolder) {
+  EXPECT_EQ(Set(), ETIMEDOUT);
+  EXPECT_EQ(Reports(), 1u) << m_log.Text();
+  m_stopped.Kill();
+  EXPECT_EQ(Set(), 0);
+}
+
+TEST_F(KeptLock, ThatWasWaitedForInVainIsNotWaitedForAgainAtOnce) {
+  constexpr int kAttempts = 50;  // with a wait each of them all would take far longer than is generous
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < kAttempts; ++i) EXPECT_EQ(Set(), ETIMEDOUT);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, kAttempts * qis::kLockPatience / 2);
+  EXPECT_EQ(Reports(), 1u) << m_log.Text();
+}
+
+TEST_F(KeptLock, OfOneTagDoesNotKeepAnotherFromBeingSet) {
+  EXPECT_EQ(Set(), ETIMEDOUT);
+  EXPECT_EQ(AaConfigTagPublicSet("app.b", "2", 1), 0);
+}
+
+TEST(KeptLocks, OfOneFileAfterTheOtherInTheSamePlaceEndInATimeOut) {
   const Board board;
   const std::string path = board.Run() + "/tags/app.a";
   const Event locked;
-  Peer stopped([&] {
-    EXPECT_EQ(AaConfigTagPublicSet("app.a", "1", 1), 0);
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(::flock(file, LOCK_EX), 0);
-    std::ofstream(board.Folder() + "/pid") << ::getpid();
-    locked.Happened();
-    ::raise(SIGSTOP);
+  const Peer stranger([&] {
+    const std::string next = board.Run() + "/next";
+    std::filesystem::create_directories(board.Run() + "/tags");
+    for (int before = -1;;) {
+      const int file = ::open(next.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+      EXPECT_EQ(::flock(file, LOCK_EX), 0);
+      std::filesystem::rename(next, path);
+      locked.Happened();
+      ::close(std::exchange(before, file));  // its lock is free, but it has no name any more
+      ::usleep(200'000);
+    }
   });
   ASSERT_TRUE(locked.Await());
-  pid_t holder = 0;
-  std::ifstream(board.Folder() + "/pid") >> holder;
-  const ErrorOutput log;
-  EXPECT_EQ(AaConfigTagPublicSet("app.a", "2", 1), ETIMEDOUT);
-  EXPECT_EQ(Occurrences(log.Text(), path + " is kept locked by process " + std::to_string(holder) +
-                                        ": continue or end that process\n"),
-            1u)
-      << log.Text();
-  stopped.Kill();
-  EXPECT_EQ(AaConfigTagPublicSet("app.a", "2", 1), 0);
+  Peer setter([] { EXPECT_EQ(AaConfigTagPublicSet("app.a", "2", 1), ETIMEDOUT); });
+  EXPECT_TRUE(setter.Ended());
 }
 
 mode_t ModeOf(const std::string& path) {
