@@ -61,7 +61,7 @@ MessagePtr CopyMessage(const Message& message);
 /// What becomes of a message that finds the room of its receiver in this process full.
 enum class WhenFull {
   Drop,  ///< it is dropped and counted
-  Keep,  ///< it is kept all the same: an expired timer is not lost
+  Keep,  ///< it is kept all the same, and comes before others of this process: an expired timer is not lost nor late
 };
 
 /// Sends a message to the task named in its header, as AaSysComMsgSend does.
