@@ -28,7 +28,8 @@ class Registrations {
   virtual bool HasTask(TAaProEuId eu) = 0;
 };
 
-/// Its own process and the others are served in turn, the others among each other in FairOrder. It waits for all of
+/// Its own process and the others are served in turn, the others among each other in FairOrder; a turn of another
+/// process may have several messages of one channel, as long as they are handled within a moment. It waits for all of
 /// them at once; but as long as one sender is the only one that sends, it waits for that one alone, which spares a
 /// system call per message. The platform's thread for connections then watches the others, and ends that wait when one
 /// of them sends.
@@ -124,6 +125,8 @@ class Inbox : public EventHandler, public std::enable_shared_from_this<Inbox> {
   std::int64_t m_servedAtNs = 0;
   std::int64_t m_lookedAtNs = 0;  ///< when it was last looked who sends
   bool m_lookIsDue = false;
+  bool m_goesOn = false;           ///< whether m_lastChannel is asked for another message in the same turn
+  std::int64_t m_turnBeganNs = 0;  ///< when the first message of that turn was served
   Channel* m_lastChannel = nullptr;
   unsigned m_inARow = 0;  ///< messages of m_lastChannel without one of anybody else
   unsigned m_rowNeeded = 0;

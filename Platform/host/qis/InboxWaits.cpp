@@ -163,6 +163,7 @@ void Inbox::Drop(Channel& channel) {
   if (m_lastChannel == &channel) {
     m_lastChannel = nullptr;
     m_inARow = 0;
+    m_goesOn = false;
   }
   const std::lock_guard lock(m_mutex);
   std::erase_if(m_channels, [&channel](const auto& held) { return held.get() == &channel; });

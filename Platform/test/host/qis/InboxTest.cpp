@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <sys/epoll.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -25,6 +26,8 @@ using qis::Channel;
 using qis::Inbox;
 using qis::MessagePtr;
 using qis::WhenFull;
+using Clock = std::chrono::steady_clock;
+using std::chrono::microseconds;
 
 constexpr TAaSysComSicad kTask = 0x010204AD;
 constexpr u32 kStamp = 7;
@@ -70,6 +73,11 @@ class InboxTest : public ::testing::Test {
   }
   /// What the last message asked for takes a while, after which it is looked who has sent meanwhile.
   static void LetAHandlerRun() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
+  /// Lets the last message's handler run until a moment.
+  static void WorkUntil(Clock::time_point end) {
+    while (Clock::now() < end) {
+    }
+  }
   /// Makes @p sender the one that is waited for alone.
   void LetBeAlone(Channel& sender) {
     for (u32 i = 0; i < 20; ++i) {
@@ -107,7 +115,81 @@ TEST_F(InboxTest, ServesAnHonestSenderNextInAFlood) {
   }
   for (int i = 0; i < 5; ++i) ASSERT_EQ(Receive(), 1u);
   SendAll(*honest, {2});
+  LetAHandlerRun();
   EXPECT_EQ(Receive(), 2u);
+}
+
+TEST_F(InboxTest, SeveralMessagesOfASenderShareATurnWhenTheyAreHandledAtOnce) {
+  constexpr u32 kSenders = 5;
+  bool haveShared = false;
+  for (int i = 0; i < 1000 && !haveShared; ++i) {  // unless something else runs in between
+    std::vector<std::shared_ptr<Channel>> senders;
+    for (u32 id = 1; id <= kSenders; ++id) {
+      senders.push_back(NewSender());
+      SendAll(*senders.back(), {id, id});
+    }
+    haveShared = Receive() == Receive();
+    for (const auto& sender : senders) sender->Close();
+    ASSERT_EQ(ReceiveAll().size(), 2 * kSenders - 2);
+  }
+  EXPECT_TRUE(haveShared);
+}
+
+TEST_F(InboxTest, ATurnLastsForAMomentHoweverShortEachOfItsMessagesIs) {
+  const auto first = NewSender();
+  const auto second = NewSender();
+  SendAll(*first, std::vector<u32>(20, 1));
+  SendAll(*second, {2});
+  unsigned before = 0;
+  for (; Receive() == 1; ++before) WorkUntil(Clock::now() + microseconds(20));
+  EXPECT_LE(before, 3u);
+}
+
+TEST_F(InboxTest, ATurnEndsWhenItIsTimeToLookForOthers) {
+  constexpr microseconds kTurn(50);
+  constexpr microseconds kLookPeriod(100);
+  bool isShown = false;
+  for (int i = 0; i < 10000 && !isShown; ++i) {  // unless something else runs in between
+    const auto first = NewSender();
+    const auto second = NewSender();
+    SendAll(*first, {1, 1});
+    SendAll(*second, {2, 2});
+    const auto beforeLook = Clock::now();
+    ASSERT_EQ(Receive(), 1u);
+    const auto afterLook = Clock::now();
+    WorkUntil(afterLook + kTurn + microseconds(10));
+    ASSERT_EQ(Receive(), 2u);
+    isShown = Clock::now() < beforeLook + kLookPeriod;
+    const auto third = NewSender();
+    SendAll(*third, {3});
+    WorkUntil(afterLook + kLookPeriod);
+    ASSERT_TRUE(Receive() == 3u || !isShown);
+    for (const auto& sender : {first, second, third}) sender->Close();
+    ReceiveAll();
+  }
+  if (!isShown) GTEST_SKIP() << "the machine is too slow";
+}
+
+TEST_F(InboxTest, ATurnEndsWithItsChannel) {
+  for (int i = 0; i < 100; ++i) {
+    auto sender = NewSender();
+    const auto other = NewSender();
+    SendAll(*sender, {1, 1});
+    SendAll(*other, {2});
+    ASSERT_EQ(Receive(), 1u);
+    i % 2 == 0 ? sender->Close() : sender->Discard();
+    sender.reset();
+    EXPECT_EQ(std::ranges::count(ReceiveAll(), 2u), 1);
+    other->Close();
+  }
+}
+
+TEST_F(InboxTest, ASelectiveReceiveInATurnKeepsTheOrderOfTheSender) {
+  const auto sender = NewSender();
+  SendAll(*sender, {1, 2, 3, 4, 5, 6});
+  ASSERT_EQ(Receive(), 1u);
+  ASSERT_EQ(Receive(kForEver, std::array<u16, 2>{1, 4}.data()), 4u);
+  EXPECT_EQ(ReceiveAll(), (std::vector<u32>{2, 3, 5, 6}));
 }
 
 TEST_F(InboxTest, ServesItsOwnMessagesNextInAFlood) {
@@ -146,9 +228,11 @@ TEST_F(InboxTest, ServesTheChannelsOfAProcessInTurn) {
   constexpr pid_t kProcess = 1000;
   const auto first = NewChannel(kProcess);
   const auto second = NewChannel(kProcess);
-  SendAll(*first, {1, 3, 5});
-  SendAll(*second, {2, 4});
-  EXPECT_EQ(ReceiveAll(), (std::vector<u32>{1, 2, 3, 4, 5}));
+  const auto third = NewChannel(kProcess);
+  SendAll(*first, {1, 4});
+  SendAll(*second, {2});
+  SendAll(*third, {3});
+  EXPECT_EQ(ReceiveAll(), (std::vector<u32>{1, 2, 3, 4}));
 }
 
 TEST_F(InboxTest, OwnMessagesWaitForOneMessageOfOthersAtMost) {
@@ -167,11 +251,17 @@ TEST_F(InboxTest, OwnMessagesWaitForOneMessageOfOthersAtMost) {
 TEST_F(InboxTest, GarbageIsCharged) {
   const auto garbage = NewSender();
   const auto honest = NewSender();
-  SendAll(*honest, {2});
-  ASSERT_EQ(Receive(), 2u);
+  auto began = Clock::now();
+  do {  // until nothing else ran in between
+    SendAll(*honest, {2});
+    began = Clock::now();
+    ASSERT_EQ(Receive(), 2u);
+    ASSERT_EQ(Receive(0), 0u);
+  } while (Clock::now() > began + microseconds(300));
   while (garbage->Forward("xx", 2) == 0) {
   }
   ASSERT_EQ(Receive(0, std::array<u16, 2>{1, 9}.data()), 0u);
+  SendAll(*garbage, {1});
   SendAll(*honest, {2});
   EXPECT_EQ(Receive(), 2u);
 }
