@@ -9,7 +9,7 @@
 namespace hwapi::board {
 
 /// @param mode as stat reports it
-/// @return e.g. "a pipe"
+/// @return e.g. "a FIFO"
 inline std::string KindOfFile(mode_t mode) {
   switch (mode & S_IFMT) {
     case S_IFREG:
@@ -17,11 +17,11 @@ inline std::string KindOfFile(mode_t mode) {
     case S_IFDIR:
       return "a folder";
     case S_IFIFO:
-      return "a pipe";
+      return "a FIFO";
     case S_IFSOCK:
       return "a socket";
     case S_IFLNK:
-      return "a link";
+      return "a symbolic link";
     default:
       return "a device";
   }

@@ -2,6 +2,7 @@
 
 #include "AaSysLog.h"
 #include "ComLog.h"
+#include "FileKind.h"
 #include "Replacement.h"
 
 #include <fcntl.h>
@@ -29,23 +30,6 @@ bool IsNew(const std::string& path) {
 
 }  // namespace
 
-const char* KindOf(mode_t mode) {
-  switch (mode & S_IFMT) {
-    case S_IFREG:
-      return "a file";
-    case S_IFDIR:
-      return "a folder";
-    case S_IFIFO:
-      return "a FIFO";
-    case S_IFSOCK:
-      return "a socket";
-    case S_IFLNK:
-      return "a symbolic link";
-    default:
-      return "a device";
-  }
-}
-
 std::string PathIn(int folder, const char* name) {
   std::array<char, PATH_MAX> path{};
   const std::string link = "/proc/self/fd/" + std::to_string(folder);
@@ -61,7 +45,7 @@ bool ReportIfNot(mode_t type, int folder, const char* name) {
   const std::string path = PathIn(folder, name);
   if (IsNew(path)) {
     AaSysLogPrintE(EAaSysLogSeverityLevel_Error, kPlatformFeature, "%s is %s, not %s: remove it", path.c_str(),
-                   KindOf(status.st_mode), KindOf(type));
+                   board::KindOfFile(status.st_mode).c_str(), board::KindOfFile(type).c_str());
   }
   return true;
 }

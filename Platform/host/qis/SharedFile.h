@@ -10,9 +10,6 @@
 
 namespace hwapi::qis {
 
-/// @return what a thing of this mode is: "a FIFO", "a folder", ...
-const char* KindOf(mode_t mode);
-
 /// Opens a file, and nothing else, without waiting. What has the name but is something else (a symbolic link, too) is
 /// reported once.
 /// @param flags as of open

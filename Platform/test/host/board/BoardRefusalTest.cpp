@@ -137,7 +137,7 @@ TEST(BoardRefusal, APipeIsToldAsWhatItIs) {
     FAIL() << "loaded";
   } catch (const DescriptionError& error) {
     EXPECT_EQ(error.what(), board.Description() +
-                                ": cannot be read: it is a pipe; name a readable board description in "
+                                ": cannot be read: it is a FIFO; name a readable board description in "
                                 "HWAPI_BOARD or with --board");
   }
 }

@@ -199,14 +199,14 @@ TEST_F(HungChipTest, APipeInPlaceOfASensorIsRefusedAsWhatItIs) {
   PutPipe(File("temp1_input"));
   EXPECT_EQ(Read(kHangs), DDAL_ERR_IO);
   const std::string problem = Problem();
-  EXPECT_NE(problem.find("temp1_input cannot be opened: it is a pipe; "), std::string::npos) << problem;
+  EXPECT_NE(problem.find("temp1_input cannot be opened: it is a FIFO; "), std::string::npos) << problem;
 }
 
 TEST_F(HungChipTest, APipeInPlaceOfAFanIsRefusedAsWhatItIs) {
   PutPipe(File("pwm1"));
   EXPECT_EQ(ddal_fan_set_pwm(0, 50), DDAL_ERR_IO);
   const std::string problem = Problem();
-  EXPECT_NE(problem.find("pwm1 cannot be opened: it is a pipe; "), std::string::npos) << problem;
+  EXPECT_NE(problem.find("pwm1 cannot be opened: it is a FIFO; "), std::string::npos) << problem;
 }
 
 TEST_F(HungChipTest, APipeInPlaceOfTheFansLockKeepsFansFromBeingChanged) {
@@ -214,7 +214,7 @@ TEST_F(HungChipTest, APipeInPlaceOfTheFansLockKeepsFansFromBeingChanged) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(ddal_fan_set_pwm(1, 50), DDAL_ERR_IO);
   const std::string log = testing::internal::GetCapturedStderr();
-  EXPECT_NE(log.find("fans.lock: it is a pipe"), std::string::npos) << log;
+  EXPECT_NE(log.find("fans.lock: it is a FIFO"), std::string::npos) << log;
 }
 
 }  // namespace

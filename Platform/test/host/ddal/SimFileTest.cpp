@@ -90,7 +90,7 @@ TEST_F(SimFileTest, NobodyDiesWhileTheFileIsCutAgainAndAgain) {
 TEST_F(SimFileTest, APipeInItsPlaceIsRefusedAsWhatItIs) {
   ASSERT_EQ(mkfifo(File().c_str(), 0600), 0);
   const std::string problem = Problem();
-  EXPECT_NE(problem.find("run/hardware cannot be used: it is a pipe; "), std::string::npos) << problem;
+  EXPECT_NE(problem.find("run/hardware cannot be used: it is a FIFO; "), std::string::npos) << problem;
   EXPECT_EQ(ddal_temp_get_curr(kDevice, &m_value), DDAL_ERR_IO);
 }
 
