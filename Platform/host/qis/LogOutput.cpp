@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -14,6 +15,29 @@
 #include <new>
 
 namespace hwapi::qis {
+namespace {
+
+/// As write. A pipe that nobody reads any more would end the process by a signal, which goes to the thread that writes:
+/// blocking it for the one write leaves it to the program what the signal does at its own writes. Only for sockets
+/// would there be a flag.
+ssize_t WriteWithoutSignal(int fd, std::string_view bytes) {
+  sigset_t pipe;
+  sigset_t before;
+  sigset_t pending;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  ::pthread_sigmask(SIG_BLOCK, &pipe, &before);
+  ::sigpending(&pending);
+  const ssize_t size = Uninterrupted([&] { return ::write(fd, bytes.data(), bytes.size()); });
+  if (size < 0 && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+    const timespec noTime{};
+    ::sigtimedwait(&pipe, nullptr, &noTime);
+  }
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return size;
+}
+
+}  // namespace
 
 LogOutput& LogOutput::Own() {
   alignas(LogOutput) static std::array<std::byte, sizeof(LogOutput)> memory;  // the log works without free memory, too
@@ -43,8 +67,10 @@ std::uint64_t LogOutput::Missing() {
 /// @return false when another number is missing meanwhile
 bool LogOutput::Report(std::uint64_t missing) {
   LogLine line(EAaSysLogSeverityLevel_Warning, kPlatformFeature);
-  line.Print("Lines missing here: %llu; the log could not be written: its reader stood still or its disk was full",
-             static_cast<unsigned long long>(missing));
+  line.Print(
+      "Lines missing here: %llu; the log could not be written: its reader stood still or was gone, or its disk was "
+      "full",
+      static_cast<unsigned long long>(missing));
   const std::string_view bytes = line.End();
   const std::lock_guard lock(m_mutex);
   if (m_missing != missing) {
@@ -70,16 +96,15 @@ bool LogOutput::Write(std::string_view bytes) {
 }
 
 ssize_t LogOutput::WriteNow(std::string_view bytes) const {
-  return Uninterrupted([&]() -> ssize_t {
-    if (m_way == Way::Socket) {
-      return ::send(STDERR_FILENO, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-    }
-    pollfd room{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
-    if (m_way == Way::Asked && ::poll(&room, 1, 0) <= 0) {
-      return 0;
-    }
-    return ::write(m_way == Way::Own ? m_own.Get() : STDERR_FILENO, bytes.data(), bytes.size());
-  });
+  if (m_way == Way::Socket) {
+    return Uninterrupted(
+        [&] { return ::send(STDERR_FILENO, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL); });
+  }
+  pollfd room{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+  if (m_way == Way::Asked && ::poll(&room, 1, 0) <= 0) {
+    return 0;
+  }
+  return WriteWithoutSignal(m_way == Way::Own ? m_own.Get() : STDERR_FILENO, bytes);
 }
 
 /// @return false when there is none

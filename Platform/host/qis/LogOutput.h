@@ -18,7 +18,7 @@ namespace hwapi::qis {
 ///
 /// Standard error may be shared with other processes, so it is never made non-blocking itself: a socket is written with
 /// a flag for the one call, a pipe or a terminal through a description of our own. What is on standard error may be
-/// replaced at any time.
+/// replaced at any time, and its reader may end.
 class LogOutput {
  public:
   static LogOutput& Own();

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -16,6 +17,7 @@
 #include <regex>
 #include <sstream>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace hwapi::test {
@@ -39,7 +41,12 @@ class Reader {
   ~Reader() {
     ::dup2(m_before, STDERR_FILENO);
     ::close(m_before);
-    ::close(m_reading);
+    End();
+  }
+
+  /// Reads no more and is gone.
+  void End() {
+    if (m_reading >= 0) ::close(std::exchange(m_reading, -1));
   }
 
   /// @return all that is there now
@@ -154,6 +161,80 @@ TEST_F(LogReader, ThatStandsStillDelaysNobodyWithoutAFreeDescriptor) {
     EXPECT_GT(account.missing, 0u);
   });
   EXPECT_TRUE(process.Ended());
+}
+
+/// Lets a log have a reader that is gone, and one after it.
+void LogToAReaderThatEnds(Reader& gone) {
+  LogNumber(0);
+  gone.End();
+  LogNumber(1);
+  LogNumber(2);
+}
+
+TEST_F(LogReader, OfAPipeThatEndsCostsNothingButLinesAndIsToldWhatIsMissing) {
+  Peer process([&] {
+    auto gone = OnPipe();
+    LogToAReaderThatEnds(*gone);
+    const auto successor = OnPipe();
+    LogNumber(3);
+    const std::string text = successor->Text();
+    EXPECT_TRUE(text.starts_with("<4>Lines missing here: 2; ")) << text;
+    EXPECT_TRUE(text.ends_with("\n<6>line 3 " + kText + "\n")) << text;
+  });
+  EXPECT_TRUE(process.Ended());
+}
+
+TEST_F(LogReader, OfANamedPipeMayEndAndAnotherOneComes) {
+  Peer process([&] {
+    const std::string path = m_board.Folder() + "/log";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const auto open = [&path] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); };
+    const int reading = open();
+    Reader gone(reading, ::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    LogToAReaderThatEnds(gone);
+    const int successor = open();
+    LogNumber(3);
+    char text[1024] = "";
+    ASSERT_GT(::read(successor, text, sizeof text - 1), 0);
+    EXPECT_EQ(Occurrences(text, "\n<4>Lines missing here: 2; "), 1u) << text;
+    ::close(successor);
+  });
+  EXPECT_TRUE(process.Ended());
+}
+
+/// @return whether SIGPIPE waits for the thread or the process
+bool IsPipeSignalPending() {
+  sigset_t pending;
+  ::sigpending(&pending);
+  return sigismember(&pending, SIGPIPE) == 1;
+}
+
+TEST_F(LogReader, ThatEndsLeavesTheProgramsOwnPipeSignalAlone) {
+  Peer process([&] {
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &pipe, nullptr), 0);
+    auto gone = OnPipe();
+    LogToAReaderThatEnds(*gone);
+    EXPECT_FALSE(IsPipeSignalPending()) << "the log's";
+    ::raise(SIGPIPE);
+    LogNumber(3);
+    EXPECT_TRUE(IsPipeSignalPending()) << "the program's";
+  });
+  EXPECT_TRUE(process.Ended());
+}
+
+TEST_F(LogReader, ThatEndsLeavesItToTheProgramWhatThePipeSignalDoes) {
+  const Event logged;
+  Peer process([&] {
+    auto gone = OnPipe();
+    LogToAReaderThatEnds(*gone);
+    logged.Happened();
+    ::raise(SIGPIPE);
+  });
+  EXPECT_TRUE(logged.Await());
+  EXPECT_FALSE(process.Ended());
 }
 
 TEST_F(LogReader, GetsNoLineAfterAGapBeforeTheGapIsReported) {
