@@ -78,11 +78,6 @@ void AskInTurn(unsigned clients, Crowd& crowd, const std::atomic<bool>& stop) {
   }
 }
 
-double Median(std::vector<double> values) {
-  std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2));
-  return values[values.size() / 2];
-}
-
 struct Rate {
   double perSecond;
   double cpuUsPerMessage;

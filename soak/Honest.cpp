@@ -18,29 +18,22 @@
 namespace soak {
 namespace {
 
-constexpr double kAskPeriod = 0.1;
 constexpr double kReportPeriod = 1;
 
-/// @return whether the answer to a stop came in time
-bool StopIsAnswered() {
-  SendStop();
-  return PayloadOf<SApiTempMeasResp>(Receive(kDeadline), API_TEMP_MEAS_RESP_MSG).has_value();
-}
-
-void Ask(HonestRecord& record) {
+void Ask(HonestRecord& record, bool (*isAnswered)(), double period) {
   const Task task;
   double due = Now();
   double since = due;  // a request that is late because of the one before counts from when it was due
   while (!record.stop) {
     ++record.asked;
-    if (!StopIsAnswered()) return;
+    if (!isAnswered()) return;
     const unsigned answered = record.answered;
     const double answeredAt = Now();
     if (answered > 0 && answered <= HonestRecord::kRoom) {
       record.seconds[answered - 1] = static_cast<float>(answeredAt - since);
     }
     record.answered = answered + 1;
-    due += kAskPeriod;
+    due += period;
     if (due > answeredAt) {
       Sleep(due - answeredAt);
       since = Now();
@@ -110,7 +103,13 @@ void SendStoreDataAndFile(u32 transaction) {
 
 }  // namespace
 
-HonestClient::HonestClient() : m_process([this] { Ask(*m_record); }) {}
+bool StopIsAnswered() {
+  SendStop();
+  return PayloadOf<SApiTempMeasResp>(Receive(kDeadline), API_TEMP_MEAS_RESP_MSG).has_value();
+}
+
+HonestClient::HonestClient(bool (*ask)(), double period)
+    : m_process([this, ask, period] { Ask(*m_record, ask, period); }) {}
 
 unsigned HonestClient::Finish() {
   m_record->stop = true;
@@ -118,13 +117,14 @@ unsigned HonestClient::Finish() {
   return m_record->asked - m_record->answered + (well ? 0 : 1);
 }
 
-double HonestClient::P99Ms() const {
+/// @param butShare share of the times, the longest ones, that does not count
+double HonestClient::LongestMs(double butShare) const {
   const unsigned answered = m_record->answered;
   if (answered < 2) return kDeadline * 1000;
   const std::size_t count = std::min(answered - 1, HonestRecord::kRoom);
   std::vector<float> sorted(m_record->seconds.begin(), m_record->seconds.begin() + static_cast<std::ptrdiff_t>(count));
   std::ranges::sort(sorted);
-  return sorted[count - 1 - count / 100] * 1000.0;
+  return sorted[count - 1 - static_cast<std::size_t>(static_cast<double>(count) * butShare)] * 1000.0;
 }
 
 void Arrivals::Add(double now) {

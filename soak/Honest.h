@@ -19,17 +19,26 @@ struct HonestRecord {
   std::array<float, kRoom> seconds{};  ///< how long each answer took but the first, which finds the way
 };
 
-/// A client that asks ten times a second until it is stopped.
+/// @return whether a stop of a measurement that does not run is answered in time
+bool StopIsAnswered();
+
+/// A client that asks again and again until it is stopped.
 class HonestClient {
  public:
-  HonestClient();
+  /// @param ask    makes a request; returns whether its answer came. Called in the client's process
+  /// @param period seconds from one request to the next, should it be answered by then
+  explicit HonestClient(bool (*ask)() = &StopIsAnswered, double period = 0.1);
   /// Lets it finish. @return how many requests were not answered; one more when it did not end well
   unsigned Finish();
   unsigned Answered() const { return m_record->answered; }
   /// @return the highest of a hundredth of the times that is not of the longest hundredth, in milliseconds
-  double P99Ms() const;
+  double P99Ms() const { return LongestMs(0.01); }
+  /// @return the longest time, in milliseconds
+  double MaxMs() const { return LongestMs(0); }
 
  private:
+  double LongestMs(double butShare) const;
+
   Shared<HonestRecord> m_record;
   Child m_process;
 };

@@ -3,9 +3,15 @@
 #include "Child.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 
 namespace soak {
+
+double Median(std::vector<double> values) {
+  std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2));
+  return values[values.size() / 2];
+}
 
 void Report::BeginRow(const std::string& name) {
   m_row = name;

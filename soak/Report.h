@@ -7,6 +7,9 @@
 
 namespace soak {
 
+/// @return the middle one of figures of several turns, at least one
+double Median(std::vector<double> values);
+
 /// Collects figures. Every limit is a highest value. Of several figures of the same name in a row the highest counts.
 class Report {
  public:

@@ -5,7 +5,6 @@
 #include "Process.h"
 #include "Scene.h"
 #include "messages/BlackBox.h"
-#include "messages/FanControl.h"
 #include "messages/MessageIds.h"
 #include "messages/TempMeas.h"
 
@@ -21,10 +20,10 @@ constexpr char kSourceFile[] = "/ffs/run/soak-source";
 constexpr std::size_t kLargeBytes = 43000;
 constexpr double kUsPerSecond = 1e6;
 
-std::vector<u8> FrequencyRequest(u32 transaction, std::size_t fans) {
+std::vector<u8> FrequencyRequest(u32 transaction, std::size_t fans, EFanUnit id = EFanUnit_GarFan1) {
   std::vector<u8> bytes(sizeof(SApiSetFanPwmFreqReq) + (fans - 1) * sizeof(SFanPwmFreqParam));
   const std::array<u32, 2> head = {transaction, static_cast<u32>(fans)};
-  const SFanPwmFreqParam fan{.fanId = EFanUnit_GarFan1, .pwmFreq = EFanParam_PwmFreq25k};
+  const SFanPwmFreqParam fan{.fanId = id, .pwmFreq = EFanParam_PwmFreq25k};
   std::memcpy(bytes.data(), head.data(), sizeof head);
   for (std::size_t i = 0; i < fans; ++i) std::memcpy(bytes.data() + sizeof head + i * sizeof fan, &fan, sizeof fan);
   return bytes;
@@ -73,8 +72,8 @@ void SendStart() {
   SendTo(HWAPI_TEMPERATURE_SERVICE, API_TEMP_MEAS_REQ_MSG, start);
 }
 
-void SendFrequency(u32 transaction) {
-  const std::vector<u8> request = FrequencyRequest(transaction, 1);
+void SendFrequency(u32 transaction, EFanUnit fan) {
+  const std::vector<u8> request = FrequencyRequest(transaction, 1, fan);
   SendBytes(HWAPI_FAN_SERVICE, API_SET_FAN_PWM_FREQ_REQ_MSG, request.data(), request.size());
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "AaSysCom.h"
+#include "messages/FanControl.h"
 
 #include <cstring>
 #include <memory>
@@ -63,7 +64,7 @@ void SendStop(TAaSysComSicad sender = 0);
 /// Starts the measurement of the control board once a second of real time.
 void SendStart();
 /// Asks for the frequency of a fan; the answer carries the transaction.
-void SendFrequency(u32 transaction);
+void SendFrequency(u32 transaction, EFanUnit fan = EFanUnit_GarFan1);
 /// As SendFrequency, for as many fans as 43 kB hold.
 void SendLargeFrequency(u32 transaction);
 /// Asks for speed reports to this thread, of which one comes every second of real time.

@@ -21,5 +21,6 @@ void AttackByClients(const Settings& settings, Report& report);
 void AttackByNumbers(const Settings& settings, Report& report);
 void AttackByIdleConnections(const Settings& settings, Report& report);
 void AttackByEnds(const Settings& settings, Report& report);
+void AttackByHangingChips(const Settings& settings, Report& report);
 
 }  // namespace soak

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -26,6 +27,12 @@ constexpr double kMaxLateSign = 1;
 bench::Surroundings SurroundingsOf(const bench::BenchBoard& board, const SceneNeeds& needs, const std::string& log) {
   bench::Surroundings surroundings{.environment = board.Environment(), .descriptors = needs.descriptors};
   if (needs.log) surroundings.log = log;
+  if (!needs.library.empty()) {
+    surroundings.environment["LD_PRELOAD"] = needs.library;
+    const char* const options = std::getenv("ASAN_OPTIONS");
+    surroundings.environment["ASAN_OPTIONS"] =
+        std::string(options != nullptr ? options : "") + ":verify_asan_link_order=0";
+  }
   // Signs come twice in that time, in board time.
   surroundings.environment["WATCHDOG_USEC"] = std::to_string(static_cast<long>(2 * kSignPeriod * kClockSpeed * 1e6));
   return surroundings;

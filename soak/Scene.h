@@ -25,6 +25,7 @@ inline constexpr double kSignPeriod = 1;
 struct SceneNeeds {
   rlim_t descriptors = 0;  ///< its limit; 0: as this process has
   bool log = false;        ///< whether its log is kept
+  std::string library{};   ///< one that takes the place of functions of the C library; "": none
 };
 
 class Scene {

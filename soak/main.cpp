@@ -21,7 +21,7 @@ struct Row {
 constexpr Row kRows[] = {
     {.name = "flood", .attack = &soak::AttackByFlood},     {.name = "clients", .attack = &soak::AttackByClients},
     {.name = "numbers", .attack = &soak::AttackByNumbers}, {.name = "idle", .attack = &soak::AttackByIdleConnections},
-    {.name = "ends", .attack = &soak::AttackByEnds},
+    {.name = "ends", .attack = &soak::AttackByEnds},       {.name = "hang", .attack = &soak::AttackByHangingChips},
 };
 
 enum Status : int { kKept = 0, kExceeded = 1, kUsage = 2, kSkipped = 77 };

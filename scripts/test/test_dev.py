@@ -11,7 +11,7 @@ from pathlib import Path
 DEV = Path(__file__).resolve().parent.parent.parent / "dev"
 # Words that a command takes.
 TAKEN = {"setup": ["base arm"], "run": ["--for 30s", "--for 2min"], "fuzz": ["--seconds 60"], "vm": ["--shell"],
-         "bench": ["--benchmark_filter=Fan"], "soak": ["flood", "flood ends --seconds 5", "--seconds 30"]}
+         "bench": ["--benchmark_filter=Fan"], "soak": ["flood", "flood ends --seconds 5", "hang", "--seconds 30"]}
 # Words that look like those.
 NOT_TAKEN = ["run --for", "run --for 30", "run --for 30s more", "fuzz --seconds soon", "fuzz 60", "vm --shell more",
              "setup Base!", "soak floods", "soak flood --seconds", "soak --seconds 5 flood"]
