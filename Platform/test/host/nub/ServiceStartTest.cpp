@@ -7,12 +7,36 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
 
 using ps::hwapi::common::Service;
 
 namespace {
 
 constexpr u32 kAsk = 0x1000;
+
+bool g_saysAlarms = false;
+
+/// While this lives, services say when they set an alarm, or take it back.
+class SaidAlarms {
+ public:
+  SaidAlarms() { g_saysAlarms = true; }
+  SaidAlarms(const SaidAlarms&) = delete;
+  SaidAlarms& operator=(const SaidAlarms&) = delete;
+  ~SaidAlarms() { g_saysAlarms = false; }
+};
+
+}  // namespace
+
+/// Takes the C library's place: an alarm is a test's doing, and comes when that sends the signal.
+extern "C" __attribute__((visibility("default"))) unsigned alarm(unsigned seconds) noexcept {
+  if (g_saysAlarms) Say("alarm " + std::to_string(seconds));
+  return 0;
+}
+
+namespace {
 
 class ServiceStartTest : public testing::Test {
  protected:
@@ -126,6 +150,36 @@ TEST_F(ServiceStartTest, ASignalEndsItWhileItsHardwareIsChecked) {
   const int status = service.End();
   ASSERT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
+}
+
+TEST_F(ServiceStartTest, ACheckOfItsHardwareThatTakesAMinuteEndsIt) {
+  m_board.BindChip(0, "lm75", "3-0048");
+  m_board.Show(0, "temp1_input", "1000");
+  m_board.Describe(
+      "[[temperature]]\ndevice = 0x10000\n"
+      "hwmon = { chip = 'lm75', at = '3-0048', input = 'temp1', deadline_ms = 10000 }");
+  const HungDevice device(m_board.Hwmon(0) / "temp1_input");
+  const SaidAlarms said;
+  ServiceProcess service({});
+  EXPECT_EQ(service.Line(), "alarm 60");
+  device.AwaitAccess();
+  service.Signal(SIGALRM);
+  EXPECT_EQ(service.Line(), "");
+  EXPECT_EQ(WEXITSTATUS(service.End()), 2);
+  EXPECT_EQ(service.Errors(),
+            "PROBE: the board's hardware cannot be used:\nthe drivers did not end their check within 60 s\n");
+}
+
+TEST_F(ServiceStartTest, TheMinuteEndsWithTheCheckOfItsHardware) {
+  const SaidAlarms said;
+  ServiceProcess service({.init = [](Probe& probe) { probe.Answer(kAsk, 1); }});
+  EXPECT_EQ(service.Line(), "alarm 60");
+  EXPECT_EQ(service.Line(), "alarm 0");
+  ASSERT_TRUE(service.Says("run"));
+  service.Signal(SIGALRM);  // one that was on its way
+  EXPECT_EQ(Client().Ask(kAsk), 1u);
+  service.Signal(SIGTERM);
+  EXPECT_EQ(WEXITSTATUS(service.End()), 0);
 }
 
 TEST_F(ServiceStartTest, ASecondServiceOnTheBoardIsRefusedAndTheFirstGoesOn) {
