@@ -2,6 +2,8 @@
 
 #include "PlatformThread.h"
 
+#include <pthread.h>
+
 #include <cstdio>
 #include <mutex>
 
@@ -26,9 +28,19 @@ thread_local WatchedThread* t_self = nullptr;
 
 }  // namespace
 
-WatchedThread::WatchedThread(const char* name) {
+WatchedThread::WatchedThread(const char* name, Part part) : m_part(part) {
   NameThread(name);
   std::snprintf(m_name.data(), m_name.size(), "%s", name);
+  Add();
+}
+
+/// For a thread that has a name already.
+WatchedThread::WatchedThread() : m_part(Part::Looks) {
+  ::pthread_getname_np(::pthread_self(), m_name.data(), m_name.size());
+  Add();
+}
+
+void WatchedThread::Add() {
   t_self = this;
   const std::lock_guard lock(All().mutex);
   m_next = All().first;
@@ -45,18 +57,34 @@ WatchedThread::~WatchedThread() {
   *link = m_next;
 }
 
-bool WatchedThread::AllAlive(char* name, std::size_t size) {
+void WatchedThread::WatchCaller() {
+  if (t_self == nullptr) {
+    static thread_local WatchedThread self;
+  }
+}
+
+/// @return whether no thread is what @p isFound says
+template <typename IsFound>
+bool WatchedThread::None(IsFound isFound, char* name, std::size_t size) {
   const std::lock_guard lock(All().mutex);
-  const WatchedThread* hanging = nullptr;
+  const WatchedThread* found = nullptr;
   for (WatchedThread* thread = All().first; thread != nullptr; thread = thread->m_next) {
-    if (thread->Hangs()) {
-      hanging = thread;
+    if (isFound(*thread)) {
+      found = thread;
     }
   }
   if (name != nullptr && size != 0) {
-    std::snprintf(name, size, "%s", hanging != nullptr ? hanging->m_name.data() : "");
+    std::snprintf(name, size, "%s", found != nullptr ? found->m_name.data() : "");
   }
-  return hanging == nullptr;
+  return found == nullptr;
+}
+
+bool WatchedThread::AllAlive(char* name, std::size_t size) {
+  return None([](WatchedThread& thread) { return &thread != t_self && thread.Hangs(); }, name, size);
+}
+
+bool WatchedThread::AllLetLook(char* name, std::size_t size) {
+  return None([](WatchedThread& thread) { return thread.m_part == Part::Looks && thread.StandsStill(); }, name, size);
 }
 
 bool WatchedThread::Hangs() {
@@ -69,6 +97,13 @@ bool WatchedThread::Hangs() {
   }
   m_seen = steps;
   return m_looks == kMaxLooks;
+}
+
+bool WatchedThread::StandsStill() {
+  const std::uint32_t steps = m_steps.load(std::memory_order_relaxed);
+  const bool stoodStill = steps % 2 != 0 && steps == m_seenLate;
+  m_seenLate = steps;
+  return stoodStill;
 }
 
 // No other thread writes the steps: they need not be added to as one.

@@ -80,7 +80,7 @@ void Timers::Delete(TAaSysTimerId id) {
 }
 
 void* Timers::Run(void* timers) {
-  const WatchedThread watched("timer");
+  const WatchedThread watched("timer", WatchedThread::Part::Looks);
   static_cast<Timers*>(timers)->Serve();
   return nullptr;
 }

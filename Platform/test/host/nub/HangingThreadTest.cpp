@@ -24,6 +24,7 @@ using ps::hwapi::common::Service;
 namespace {
 
 constexpr u32 kLooked = 0x1001;
+constexpr u32 kHang = 0x1002;
 constexpr u32 kSecond = 1'000'000;
 /// Looks after which a thread that has hung since before the first one is known to hang.
 constexpr int kLooksUntilKnown = 3;
@@ -45,6 +46,7 @@ class HangingThreadTest : public SignOfLifeTest {
   void Start(const std::function<void()>& begin) {
     m_steps.init = [begin](Probe& probe) {
       probe.Handle(kLooked, [](void*) { Say("looked"); });
+      probe.Handle(kHang, [](void*) { Hang(); });
       SayAfterEachLook();
       begin();
     };
@@ -225,6 +227,19 @@ TEST_F(HangingThreadTest, KeepsTheSignBackAsTheThreadOfTimers) {
     EXPECT_FALSE(m_supervisor.Told());
   }
   EXPECT_EQ(m_supervisor.Notice(), "WATCHDOG=1");
+}
+
+TEST_F(HangingThreadTest, IsNamedWhenItIsTheThreadOfTheServiceItself) {
+  Start([] {});
+  std::string name;
+  std::getline(std::ifstream("/proc/" + std::to_string(m_service->Pid()) + "/comm"), name);
+  for (int i = 0; i < 2; ++i) Look();
+  void* msg = AaSysComMsgCreate(kHang, 0, AaSysComSicadGet(kProbeTask, AaSysComGetOwnNid()));
+  AaSysComMsgSend(&msg);
+  ASSERT_TRUE(m_service->Says("hangs"));
+  EXPECT_TRUE(m_service->Logs("Thread " + name + " hangs: nobody looks at the threads until it goes on"));
+  m_service->GoOn();
+  ExpectSigns();
 }
 
 TEST_F(HangingThreadTest, IsNotOneThatSleepsForAnHour) {

@@ -8,10 +8,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 using namespace ps::hwapi::common;
@@ -29,6 +31,12 @@ class FunctionDelegate : public MsgDelegateBase {
 };
 
 int g_processes = 0;
+
+std::string FileText(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
 
 }  // namespace
 
@@ -145,7 +153,14 @@ int ServiceProcess::End() {
 
 std::string ServiceProcess::Errors() {
   End();
-  std::ostringstream text;
-  text << std::ifstream(m_errorFile).rdbuf();
-  return text.str();
+  return FileText(m_errorFile);
+}
+
+bool ServiceProcess::Logs(const std::string& text) const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (FileText(m_errorFile).find(text) == std::string::npos) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
 }

@@ -62,6 +62,8 @@ class ServiceProcess {
   pid_t Pid() const { return m_pid; }
   /// Waits for the end of the process. @return its status as waitpid gives it
   int End();
+  /// Waits until it has written something to standard error. @return whether it did before the test's patience was over
+  bool Logs(const std::string& text) const;
   /// Waits for the end of the process. @return what it wrote to standard error
   std::string Errors();
 

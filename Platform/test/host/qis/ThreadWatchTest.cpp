@@ -1,15 +1,22 @@
 // Which threads are watched, and when one of them hangs.
 #include "ThreadWatch.h"
 
+#include "MissedLooks.h"
+#include "Support.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <semaphore>
 #include <string>
 #include <thread>
 
 namespace hwapi::qis {
 namespace {
+
+using test::ErrorOutput;
+using test::Occurrences;
 
 /// Looks. @return the name of a thread that hangs then, "" when there is none
 std::string Look(int times = 1) {
@@ -18,10 +25,20 @@ std::string Look(int times = 1) {
   return name;
 }
 
+/// @return the name of a thread that stands still and that looks depend on, "" when there is none
+std::string LookForLooks() {
+  char name[16] = "";
+  WatchedThread::AllLetLook(name, sizeof name);
+  return name;
+}
+
 /// A watched thread that takes one step after the other, as the test says.
 class Worker {
  public:
-  explicit Worker(const char* name) : m_thread([this, name] { Work(name); }) { m_done.acquire(); }
+  explicit Worker(const char* name, WatchedThread::Part part = WatchedThread::Part::Other)
+      : m_thread([this, name, part] { Work(name, part); }) {
+    m_done.acquire();
+  }
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
   ~Worker() {
@@ -36,9 +53,9 @@ class Worker {
   }
 
  private:
-  void Work(const char* name) {
+  void Work(const char* name, WatchedThread::Part part) {
     {
-      const WatchedThread watched(name);
+      const WatchedThread watched(name, part);
       m_done.release();
       for (m_next.acquire(); m_step; m_next.acquire()) {
         m_step();
@@ -143,6 +160,65 @@ TEST(ThreadWatch, CutsANameToWhatThereIsRoomFor) {
   EXPECT_FALSE(WatchedThread::AllAlive(name, sizeof name));
   EXPECT_STREQ(name, "012");
   EXPECT_FALSE(WatchedThread::AllAlive(nullptr, 0));
+}
+
+TEST(ThreadWatch, NamesAThreadThatLooksDependOnAndThatStandsStillAtWork) {
+  Worker timer("timer", WatchedThread::Part::Looks);
+  const Worker other("other");
+  EXPECT_EQ(LookForLooks(), "");
+  EXPECT_EQ(LookForLooks(), "timer");
+  timer.Do([] { Rest::Skip(); });
+  EXPECT_EQ(LookForLooks(), "");
+  EXPECT_EQ(LookForLooks(), "timer");
+  timer.Do([] { Rest::Begin(); });
+  EXPECT_EQ(LookForLooks(), "");
+  EXPECT_EQ(LookForLooks(), "");
+}
+
+TEST(ThreadWatch, WatchesTheThreadThatLooksUntilItEnds) {
+  std::binary_semaphore lookedOn{0};
+  std::binary_semaphore end{0};
+  std::thread looker([&] {
+    WatchedThread::WatchCaller();
+    EXPECT_EQ(Look(10), "") << "it goes on: it looks";
+    lookedOn.release();
+    end.acquire();
+  });
+  lookedOn.acquire();
+  EXPECT_EQ(LookForLooks(), "");
+  EXPECT_NE(LookForLooks(), "");
+  end.release();
+  looker.join();
+  EXPECT_EQ(LookForLooks(), "");
+}
+
+/// Looks that are late: two in a row show a thread that stands still.
+void MissTwoLooks(MissedLooks& looks) {
+  looks.Missed();
+  looks.Missed();
+}
+
+TEST(ThreadWatch, ReportsOnceThatLooksAreMissedBecauseTheirThreadHangs) {
+  const test::Board board;
+  const ErrorOutput log;
+  const auto reports = [&log] { return Occurrences(log.Text(), " hangs: nobody looks at the threads"); };
+  std::thread([&] {
+    const auto own = std::make_shared<MissedLooks>();
+    MissedLooks& looks = *own;
+    looks.Looked();
+    looks.Missed();
+    EXPECT_EQ(reports(), 0u);
+    MissTwoLooks(looks);
+    MissTwoLooks(looks);
+    EXPECT_EQ(reports(), 1u);
+    looks.Looked();
+    MissTwoLooks(looks);
+    EXPECT_EQ(reports(), 2u) << "it went on, and hangs again";
+    const Rest rest;
+    looks.Looked();
+    MissTwoLooks(looks);
+    EXPECT_EQ(reports(), 2u) << "it rests";
+  }).join();
 }
 
 TEST(ThreadWatch, ReturnsWhatAWaitReturns) {
