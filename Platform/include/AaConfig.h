@@ -8,8 +8,9 @@
 #include "GloTypes.h"
 
 /// Called for a tag's value: once at registration when the tag has one, then once for each set, in order. Runs on a
-/// platform thread; one observer's calls never overlap, and an observer that blocks delays nobody else's. An exception
-/// that leaves it is caught and logged. @p value is valid during the call only and is followed by a zero byte.
+/// platform thread; one observer's calls never overlap, and an observer that blocks delays nobody else's. The platform
+/// may bound what it keeps for one that blocks; what that misses is logged. An exception that leaves it is caught and
+/// logged. @p value is valid during the call only and is followed by a zero byte.
 using TAaConfigTagObserver = void (*)(const char* name, const void* value, u32 size);
 
 /// Largest size of a tag's value in bytes.

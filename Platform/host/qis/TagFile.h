@@ -27,9 +27,9 @@ namespace hwapi::qis {
 
 /// A log that reaches this size is replaced at the next set.
 inline constexpr u32 kLongTagLog = 64 * 1024;
-/// No log is longer. One that would be is replaced although somebody still reads the one before: a reader that is so
-/// far behind has stopped, and misses values.
-inline constexpr u32 kMaxTagLog = 16 * 1024 * 1024;
+/// No log is longer: a reader that stands still must not fill the run directory. One that would be is replaced although
+/// somebody still reads the one before; a reader that is so far behind misses values, and reports how many.
+inline constexpr u32 kMaxTagLog = 1024 * 1024;
 
 /// The folder of the tags.
 const RunFolder& TagFolder();

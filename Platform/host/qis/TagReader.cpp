@@ -1,5 +1,7 @@
 #include "TagReader.h"
 
+#include "AaSysLog.h"
+#include "ComLog.h"
 #include "LockedFile.h"
 #include "SharedFile.h"
 #include "ThreadWatch.h"
@@ -50,6 +52,13 @@ bool TagReader::FollowReplacement() {
   return m_offset < ReadTagState(m_file.Get()).end || Open();
 }
 
+void TagReader::ReportMissed(u32 values) const {
+  if (values != 0) {
+    AaSysLogPrintE(EAaSysLogSeverityLevel_Warning, kPlatformFeature,
+                   "%u values of the tag %s were missed: they were read too slowly", values, m_name.c_str());
+  }
+}
+
 std::optional<std::string> TagReader::Next() {
   if (!m_file && !Open()) {
     return std::nullopt;
@@ -72,6 +81,7 @@ std::optional<std::string> TagReader::Next() {
     m_offset += record->LogSize();
     m_logSequence = record->sequence + 1;
     if (record->sequence >= m_nextSequence) {
+      ReportMissed(record->sequence - m_nextSequence);
       m_nextSequence = record->sequence + 1;
       return std::move(record->value);
     }

@@ -16,12 +16,14 @@ class TagReader {
 
   /// The value that was the newest when this reader began.
   const std::optional<TagRecord>& Newest() const { return m_newest; }
+  /// Reports how many values a reader missed that was more than kMaxTagLog behind.
   /// @return the next value; none when all were read
   std::optional<std::string> Next();
 
  private:
   bool Open();
   bool FollowReplacement();
+  void ReportMissed(u32 values) const;
 
   std::string m_name;
   Fd m_file;

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -212,6 +213,35 @@ TEST(Tag, LogIsKeptForAReaderThatIsFarBehind) {
     ASSERT_EQ(std::stoi(*value), i);
   }
   EXPECT_FALSE(reader.Next());
+}
+
+/// @return bytes of the logs of a tag that have a name
+std::uintmax_t SizeOfLogs(const Board& board, const std::string& name) {
+  const std::string old = board.Run() + "/tags.old/" + name;
+  return std::filesystem::file_size(board.Run() + "/tags/" + name) +
+         (std::filesystem::exists(old) ? std::filesystem::file_size(old) : 0);
+}
+
+TEST(Tag, LogIsBoundedAlsoWhenAReaderStandsStillWhichLearnsWhatItMissed) {
+  const Board board;
+  const ErrorOutput output;
+  Set("app.a", "first");
+  qis::TagReader reader("app.a");
+  const std::string filler(AACONFIG_TAG_MAX_SIZE - 10, ' ');
+  int sets = 0;
+  for (std::size_t bytes = 0; bytes < 5 * qis::kMaxTagLog; bytes += filler.size(), ++sets) {
+    ASSERT_EQ(Set("app.a", std::to_string(sets) + filler), 0);
+    ASSERT_LE(SizeOfLogs(board, "app.a"), qis::kMaxTagLog + qis::kLongTagLog + 2 * AACONFIG_TAG_MAX_SIZE) << sets;
+  }
+  int read = 0;
+  int last = -1;
+  for (; const auto value = reader.Next(); ++read) {
+    ASSERT_GT(std::stoi(*value), last);
+    last = std::stoi(*value);
+  }
+  EXPECT_EQ(last, sets - 1);
+  EXPECT_EQ(Occurrences(output.Text(), std::to_string(sets - read) + " values of the tag app.a were missed"), 1u)
+      << output.Text();
 }
 
 /// Puts a copy in the place of a tag's log.
