@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned kRounds = 5;
+constexpr unsigned kRounds = 9;
 constexpr double kMaxP99Ratio = 2;
 /// Time that the first access to a chip that hangs may take: its deadline, of which the machine takes a part.
 constexpr double kMaxFirstWaitMs = 200;
