@@ -5,7 +5,8 @@
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
-#include <time.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -22,20 +23,22 @@ constexpr unsigned kMaxRow = 1024;
 /// Messages received alone that were worth it.
 constexpr unsigned kWorthwhile = 64;
 
-timespec ToTimespec(std::int64_t ns) {
+/// As ppoll. With checked sizes the C library's own may read 64-bit times as 32-bit ones: on such a machine a wait of
+/// less than a second was over at once.
+int Poll(pollfd& watched, std::int64_t waitNs) {
   constexpr std::int64_t kSecond = 1'000'000'000;
-  timespec time{};
-  time.tv_sec = static_cast<decltype(time.tv_sec)>(ns / kSecond);
-  time.tv_nsec = static_cast<decltype(time.tv_nsec)>(ns % kSecond);
-  return time;
+  // What this system call takes on every machine, and leaves changed.
+  struct {
+    long seconds, nanoseconds;
+  } time = {static_cast<long>(waitNs / kSecond), static_cast<long>(waitNs % kSecond)};
+  return static_cast<int>(::syscall(SYS_ppoll, &watched, 1, &time, nullptr, 0));
 }
 
 }  // namespace
 
 bool Inbox::IsReadableWithin(int fd, std::int64_t waitNs) {
   pollfd watched{.fd = fd, .events = POLLIN, .revents = 0};
-  const timespec timeout = ToTimespec(waitNs);
-  return ::ppoll(&watched, 1, &timeout, nullptr) > 0;
+  return Poll(watched, waitNs) > 0;
 }
 
 std::shared_ptr<Inbox> Inbox::Create(TAaProEuId eu, Registrations& registrations) {
