@@ -24,7 +24,7 @@ class Route : public EventHandler, public std::enable_shared_from_this<Route> {
   /// Gives its connection back, unless the receiver has not acknowledged everything that was sent over it.
   /// @return whether it holds none now
   bool EndIfIdle();
-  /// Gives its connection back. What the receiver has not acknowledged is lost, counted and told.
+  /// Gives its connection back. What the receiver has not acknowledged is lost, counted and reported.
   /// @return true: it holds none now
   bool GiveUp();
 
