@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <thread>
 
 namespace hwapi::ddal {
 namespace {
@@ -22,24 +21,6 @@ constexpr DeviceThread::Duration kForEver = DeviceThread::Duration::max();
 /// Deadlines that an access gets while the machine leaves its thread no processor.
 constexpr int kPatience = 20;
 constexpr std::size_t kStack = 128 * 1024;  // of which a page or two are used
-
-/// How long somebody looks at the state before it sleeps for a change: an attribute that is at hand is read in less
-/// time than it takes to be woken. On one processor the other side cannot run meanwhile.
-constexpr std::chrono::microseconds kLooking{30};
-constexpr int kLooksInARow = 16;  // looking at the clock is dear
-
-bool OneProcessor() {
-  static const bool one = std::thread::hardware_concurrency() == 1;
-  return one;
-}
-
-void Pause() {
-#if defined(__x86_64__) || defined(__i386__)
-  __builtin_ia32_pause();
-#elif defined(__aarch64__) || defined(__arm__)
-  asm volatile("yield");
-#endif
-}
 
 /// Waits in the kernel while @p word holds @p value, at most so long.
 void Sleep(std::atomic<std::uint32_t>& word, std::uint32_t value, std::chrono::nanoseconds limit) {
@@ -65,24 +46,14 @@ void DeviceThread::Enter(AccessState state) {
   Wake();
 }
 
+/// Sleeps at once rather than look for a while: a thread that is woken starts on its waker's processor as a rule, and
+/// would wait for the one that looks.
 /// @param deadline kForEver: none
 /// @return whether a state was reached
 template <typename Condition>
 bool DeviceThread::Await(Condition reached, Duration deadline) {
-  const auto look = [&] {
-    for (int looks = OneProcessor() ? 0 : kLooksInARow; looks > 0; --looks) {
-      if (reached(m_state.load(std::memory_order_acquire))) return true;
-      Pause();
-    }
-    return false;
-  };
-  if (look()) return true;
   const auto begin = steady_clock::now();
-  auto now = begin;
-  for (; !OneProcessor() && now - begin < kLooking; now = steady_clock::now()) {
-    if (look()) return true;
-  }
-  for (;; now = steady_clock::now()) {
+  for (auto now = begin;; now = steady_clock::now()) {
     const auto left = deadline == kForEver ? std::chrono::nanoseconds::max() : begin + deadline - now;
     m_sleepers.fetch_add(1);
     const std::uint32_t state = m_state.load();
