@@ -12,7 +12,7 @@ namespace {
 /// Acknowledgements that are taken before the thread for connections serves others, and a waiting Send has its turn.
 constexpr int kAcknowledgementsPerWake = 64;
 /// Acknowledgements of nothing new on one connection: that of being let in, and a few that came to nothing. Who sends
-/// more is no process of the platform and could keep the thread busy for ever.
+/// more does not belong to the platform and could keep the thread busy for ever.
 constexpr unsigned kMaxRepeated = 16;
 
 constexpr const char* kQueueFull = "its queue is full, it does not read";

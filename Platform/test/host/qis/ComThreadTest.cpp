@@ -86,7 +86,7 @@ TEST_F(ComThread, LetsInABoundedNumberOfSendersAtOnce) {
   acceptor->Close();
 }
 
-/// A way to a receiver that is no process of the platform.
+/// A way to a receiver that does not belong to the platform.
 class RouteToAStranger : public ComThread {
  protected:
   void SetUp() override {
